@@ -1,0 +1,16 @@
+#pragma once
+
+#include "CoreTypes.h"
+#include "Templates/UnrealTemplate.h"
+#include "Templates/TypeHash.h"
+#include "Math/UnrealMathUtility.h"
+#include "Math/Color.h"
+#include "Containers/Array.h"
+#include "Containers/UnrealString.h"
+#include "Containers/Set.h"
+#include "Containers/Map.h"
+#include "Containers/StringConv.h"
+#include "UObject/NameTypes.h"
+#include "Internationalization/Text.h"
+#include "Misc/Guid.h"
+#include "Delegates/Delegate.h"

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Configures and builds one build folder: scripts/build.sh [release|asan]
+set -euo pipefail
+here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+kind="${1:-release}"
+case "$kind" in
+release)
+	dir="$here/build"
+	cmake -S "$here" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	;;
+asan)
+	dir="$here/build-asan"
+	cmake -S "$here" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DKEST_SANITIZE=ON -DKEST_BENCHMARKS=OFF >/dev/null
+	;;
+*)
+	echo "usage: scripts/build.sh [release|asan]" >&2
+	exit 2
+	;;
+esac
+ninja -C "$dir"
