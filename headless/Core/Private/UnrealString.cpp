@@ -364,12 +364,12 @@ FString FString::PrintfImpl(const TCHAR* Format, std::initializer_list<FFormatAr
 			continue;
 		}
 		++P;
-		std::string Spec = "%";
+		std::string Conversion = "%";
 		while (*P && (FChar::IsDigit(*P) || *P == u'.' || *P == u'-' || *P == u'l' || *P == u'0'))
 		{
 			if (*P != u'l')
 			{
-				Spec.push_back(static_cast<char>(*P));
+				Conversion.push_back(static_cast<char>(*P));
 			}
 			++P;
 		}
@@ -398,8 +398,8 @@ FString FString::PrintfImpl(const TCHAR* Format, std::initializer_list<FFormatAr
 		case u'x':
 		case u'X':
 		{
-			Spec += "ll";
-			Spec.push_back(*P == u'i' ? 'd' : static_cast<char>(*P));
+			Conversion += "ll";
+			Conversion.push_back(*P == u'i' ? 'd' : static_cast<char>(*P));
 			long long Integer = 0;
 			if (const int64* Signed = std::get_if<int64>(&Value))
 			{
@@ -409,15 +409,15 @@ FString FString::PrintfImpl(const TCHAR* Format, std::initializer_list<FFormatAr
 			{
 				Integer = static_cast<long long>(*Unsigned);
 			}
-			std::snprintf(Buffer, sizeof(Buffer), Spec.c_str(), Integer);
+			std::snprintf(Buffer, sizeof(Buffer), Conversion.c_str(), Integer);
 			Result += FString(Buffer);
 			break;
 		}
 		default:
 		{
-			Spec.push_back(static_cast<char>(*P));
+			Conversion.push_back(static_cast<char>(*P));
 			const double* Floating = std::get_if<double>(&Value);
-			std::snprintf(Buffer, sizeof(Buffer), Spec.c_str(), Floating ? *Floating : 0.0);
+			std::snprintf(Buffer, sizeof(Buffer), Conversion.c_str(), Floating ? *Floating : 0.0);
 			Result += FString(Buffer);
 			break;
 		}

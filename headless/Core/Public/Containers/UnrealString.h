@@ -36,6 +36,8 @@ public:
 	TCHAR& operator[](int32 Index) { return Data[static_cast<size_t>(Index)]; }
 	const TCHAR& operator[](int32 Index) const { return Data[static_cast<size_t>(Index)]; }
 	std::u16string_view View() const { return Data; }
+	// FStringView of the text, as the engine's FString converts implicitly.
+	operator std::u16string_view() const { return Data; }
 
 	bool Equals(const FString& Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const;
 	int32 Compare(const FString& Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const;
