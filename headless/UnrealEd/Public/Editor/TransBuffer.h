@@ -23,6 +23,7 @@ public:
 
 	const FText& GetTitle() const { return Title; }
 	const FString& GetContext() const { return Context; }
+	UObject* GetPrimaryObject() const { return PrimaryObject; }
 	int32 GetRecordCount() const { return static_cast<int32>(Records.size()); }
 	bool ContainsObject(const UObject* Object) const;
 
