@@ -10,7 +10,9 @@ release)
 	;;
 asan)
 	dir="$here/build-asan"
-	cmake -S "$here" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DKEST_SANITIZE=ON -DKEST_BENCHMARKS=OFF >/dev/null
+	# clang, for libFuzzer as well as the sanitizers.
+	cmake -S "$here" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ \
+		-DKEST_SANITIZE=ON -DKEST_FUZZ=ON -DKEST_BENCHMARKS=OFF >/dev/null
 	;;
 *)
 	echo "usage: scripts/build.sh [release|asan]" >&2
