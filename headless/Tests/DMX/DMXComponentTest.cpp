@@ -95,17 +95,3 @@ TEST_F(DMXRuntimeComponent, RegisteringWithoutATickListenerDisablesTheTick)
 	EXPECT_FALSE(Owned->IsComponentTickEnabled());
 }
 
-TEST_F(DMXRuntimeComponent, UndoRestoresPatchAndReceiveFlag)
-{
-	Component->SetFixturePatch(Patch);
-
-	FDMXTestTransaction Transaction;
-	Component->Modify();
-	Component->SetFixturePatch(OtherPatch);
-	Component->SetReceiveDMXFromPatch(false);
-	Transaction.Close();
-
-	Transaction.Apply(true);
-	EXPECT_EQ(Component->GetFixturePatch(), Patch);
-	EXPECT_TRUE(ReadReceiveFlag(Component));
-}

