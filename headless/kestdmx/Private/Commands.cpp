@@ -47,28 +47,39 @@ namespace
 		Warnings.Reset();
 	}
 
-	int RunScripts(const std::vector<std::string>& Args)
+	// Splits "--project DIR" from the positional arguments; answers a usage problem, or "" when fine.
+	std::string ParseProjectArgs(const std::vector<std::string>& Args, std::string& OutProjectDir, std::vector<std::string>& OutPositional)
 	{
-		std::vector<std::string> Scripts;
-		std::string ProjectDir;
 		for (size_t Index = 0; Index < Args.size(); ++Index)
 		{
 			if (Args[Index] == "--project")
 			{
 				if (Index + 1 >= Args.size())
 				{
-					return PrintUsage("--project needs a folder");
+					return "--project needs a folder";
 				}
-				ProjectDir = Args[++Index];
+				OutProjectDir = Args[++Index];
 			}
 			else if (Args[Index].rfind("--", 0) == 0)
 			{
-				return PrintUsage("unknown option " + Args[Index]);
+				return "unknown option " + Args[Index];
 			}
 			else
 			{
-				Scripts.push_back(Args[Index]);
+				OutPositional.push_back(Args[Index]);
 			}
+		}
+		return std::string();
+	}
+
+	int RunScripts(const std::vector<std::string>& Args)
+	{
+		std::vector<std::string> Scripts;
+		std::string ProjectDir;
+		const std::string Problem = ParseProjectArgs(Args, ProjectDir, Scripts);
+		if (!Problem.empty())
+		{
+			return PrintUsage(Problem);
 		}
 		if (Scripts.empty())
 		{
@@ -122,24 +133,10 @@ namespace
 	{
 		std::string ProjectDir;
 		std::vector<std::string> Paths;
-		for (size_t Index = 0; Index < Args.size(); ++Index)
+		const std::string Problem = ParseProjectArgs(Args, ProjectDir, Paths);
+		if (!Problem.empty())
 		{
-			if (Args[Index] == "--project")
-			{
-				if (Index + 1 >= Args.size())
-				{
-					return PrintUsage("--project needs a folder");
-				}
-				ProjectDir = Args[++Index];
-			}
-			else if (Args[Index].rfind("--", 0) == 0)
-			{
-				return PrintUsage("unknown option " + Args[Index]);
-			}
-			else
-			{
-				Paths.push_back(Args[Index]);
-			}
+			return PrintUsage(Problem);
 		}
 		if (ProjectDir.empty())
 		{
