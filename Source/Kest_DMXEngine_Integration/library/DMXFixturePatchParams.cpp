@@ -26,3 +26,18 @@ void ApplyFixturePatchEditorColor(UDMXEntityFixturePatch* FixturePatch, sol::tab
 	const double Red = GetNumberParam(ColorParams, "r", Current.R);
 	FixturePatch->EditorColor = FLinearColor(static_cast<float>(Red), static_cast<float>(Green), static_cast<float>(Blue), static_cast<float>(Alpha));
 }
+
+void ApplyFixturePatchTagsReceiveAndColor(UDMXEntityFixturePatch* FixturePatch, sol::table Params)
+{
+	const sol::object TagList = GetNestedParam(Params, "tags");
+	if (TagList.valid())
+	{
+		ReplaceFixturePatchTags(FixturePatch, TagList);
+	}
+	FixturePatch->bReceiveDMXInEditor = GetBoolParam(Params, "receive_dmx_in_editor", FixturePatch->bReceiveDMXInEditor);
+	const sol::object ColorParams = GetNestedParam(Params, "editor_color");
+	if (ColorParams.valid())
+	{
+		ApplyFixturePatchEditorColor(FixturePatch, ColorParams.as<sol::table>());
+	}
+}

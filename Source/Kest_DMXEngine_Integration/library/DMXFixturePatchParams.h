@@ -1,4 +1,4 @@
-// The fixture-patch keys that add and configure share: "tags" and "editor_color".
+// The fixture-patch keys that add and configure share: "tags", "receive_dmx_in_editor" and "editor_color".
 #pragma once
 
 #include "CoreMinimal.h"
@@ -13,3 +13,7 @@ void ReplaceFixturePatchTags(UDMXEntityFixturePatch* FixturePatch, const sol::ob
 // Reads "a", "b", "g" and "r" of the colour table (each component not given as a number keeps its
 // value; numbers are taken unclamped) and stores the four together.
 void ApplyFixturePatchEditorColor(UDMXEntityFixturePatch* FixturePatch, sol::table ColorParams);
+
+// Applies, in this order and each only when given with its type: "tags" (a table or userdata),
+// "receive_dmx_in_editor" (a boolean) and "editor_color" (a table or userdata).
+void ApplyFixturePatchTagsReceiveAndColor(UDMXEntityFixturePatch* FixturePatch, sol::table Params);

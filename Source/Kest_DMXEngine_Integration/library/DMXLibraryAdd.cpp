@@ -68,17 +68,7 @@ namespace
 		}
 		FixturePatch->Modify(true);
 
-		const sol::object TagList = GetNestedParam(Params, "tags");
-		if (TagList.valid())
-		{
-			ReplaceFixturePatchTags(FixturePatch, TagList);
-		}
-		FixturePatch->bReceiveDMXInEditor = GetBoolParam(Params, "receive_dmx_in_editor", FixturePatch->bReceiveDMXInEditor);
-		const sol::object ColorParams = GetNestedParam(Params, "editor_color");
-		if (ColorParams.valid())
-		{
-			ApplyFixturePatchEditorColor(FixturePatch, ColorParams.as<sol::table>());
-		}
+		ApplyFixturePatchTagsReceiveAndColor(FixturePatch, Params);
 
 		FixturePatch->RebuildCache();
 		Library->MarkPackageDirty();

@@ -82,17 +82,7 @@ namespace
 			const int32 Current = FixturePatch->GetActiveModeIndex();
 			FixturePatch->SetActiveModeIndex(GetIntParam(Params, "active_mode_index", Current, 0, INT32_MAX));
 		}
-		const sol::object TagList = GetNestedParam(Params, "tags");
-		if (TagList.valid())
-		{
-			ReplaceFixturePatchTags(FixturePatch, TagList);
-		}
-		FixturePatch->bReceiveDMXInEditor = GetBoolParam(Params, "receive_dmx_in_editor", FixturePatch->bReceiveDMXInEditor);
-		const sol::object ColorParams = GetNestedParam(Params, "editor_color");
-		if (ColorParams.valid())
-		{
-			ApplyFixturePatchEditorColor(FixturePatch, ColorParams.as<sol::table>());
-		}
+		ApplyFixturePatchTagsReceiveAndColor(FixturePatch, Params);
 
 		FixturePatch->RebuildCache();
 		Library->MarkPackageDirty();
