@@ -146,6 +146,7 @@ void FHeadlessObjectRegistry::DestroyAll()
 	Objects.clear();
 	Doomed.clear();
 	FailingLoads.Empty();
+	FailingNewObjects.Empty();
 	Warnings.Reset();
 	PackageLoader = nullptr;
 }
@@ -154,6 +155,15 @@ UObject* StaticConstructObjectHeadless(UClass* Class, UObject* Outer, FName Name
 {
 	if (!Class || !Class->HasFactory())
 	{
+		return nullptr;
+	}
+	TMap<FString, int32>& FailingNewObjects = FHeadlessObjectRegistry::Get().FailingNewObjects;
+	if (int32* FailuresLeft = FailingNewObjects.Find(Class->GetName()))
+	{
+		if (--*FailuresLeft <= 0)
+		{
+			FailingNewObjects.Remove(Class->GetName());
+		}
 		return nullptr;
 	}
 	if (!Name.IsNone() && StaticFindObjectFast(nullptr, Outer, Name))

@@ -6,6 +6,7 @@
 #include "GameFramework/Actor.h"
 #include "Library/DMXLibrary.h"
 #include "Misc/PackageName.h"
+#include "UObject/HeadlessObjectRegistry.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 
@@ -75,6 +76,33 @@ void InstallEditorLuaGlobal(sol::state& Lua, FHeadlessEditor& Editor)
 			return sol::nullopt;
 		}
 		return FormatLibraryReport(Library);
+	});
+
+	// Fault injection: engine calls that fail the way the engine's can.
+	EditorTable.set_function("fail_next", [](const std::string& ClassName, sol::optional<int> Count)
+	{
+		const int32 Failures = Count.value_or(1);
+		TMap<FString, int32>& FailingNewObjects = FHeadlessObjectRegistry::Get().FailingNewObjects;
+		if (Failures > 0)
+		{
+			FailingNewObjects.Add(ToEngine(ClassName), Failures);
+		}
+		else
+		{
+			FailingNewObjects.Remove(ToEngine(ClassName));
+		}
+	});
+	EditorTable.set_function("fail_load", [](const std::string& ObjectPath, sol::optional<bool> bFail)
+	{
+		TSet<FString>& FailingLoads = FHeadlessObjectRegistry::Get().FailingLoads;
+		if (bFail.value_or(true))
+		{
+			FailingLoads.Add(ToEngine(ObjectPath));
+		}
+		else
+		{
+			FailingLoads.Remove(ToEngine(ObjectPath));
+		}
 	});
 
 	EditorTable.set_function("undo", []() { return GEditor->UndoTransaction(); });

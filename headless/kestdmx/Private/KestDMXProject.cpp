@@ -514,9 +514,12 @@ namespace
 				}
 				FJson ComponentOut;
 				ComponentOut["name"] = ToUTF8(Component->GetName());
-				const UDMXEntityFixturePatch* FixturePatch = Component->GetFixturePatch();
+				// The engine saves the reference's library and id, not the patch it caches: a
+				// reference cleared with SetFixturePatch(nullptr) still answers its old patch
+				// from the cache, but saves none.
+				UDMXEntityFixturePatch* FixturePatch = Component->GetFixturePatch();
 				const UDMXLibrary* Library = FixturePatch != nullptr ? FixturePatch->GetParentLibrary() : nullptr;
-				if (Library != nullptr)
+				if (Library != nullptr && Component->FixturePatchRef == FDMXEntityFixturePatchRef(FixturePatch))
 				{
 					FJson PatchOut;
 					PatchOut["library"] = ToUTF8(Library->GetPathName());
@@ -813,4 +816,27 @@ bool SaveKestDMXProject(const std::string& ProjectDir, FHeadlessEditor& Editor, 
 		}
 	}
 	return true;
+}
+
+std::string DescribeKestDMXProject(FHeadlessEditor& Editor)
+{
+	TArray<const UDMXLibrary*> Libraries;
+	FHeadlessObjectRegistry::Get().ForEachObject([&Libraries](UObject* Object)
+	{
+		const UDMXLibrary* Library = Cast<UDMXLibrary>(Object);
+		if (Library != nullptr && !Library->IsGarbage() && Cast<UPackage>(Library->GetOuter()) != nullptr)
+		{
+			Libraries.Add(Library);
+		}
+	});
+	Libraries.Sort([](const UDMXLibrary* A, const UDMXLibrary* B) { return A->GetPathName().Compare(B->GetPathName(), ESearchCase::CaseSensitive) < 0; });
+
+	std::string Text;
+	for (const UDMXLibrary* Library : Libraries)
+	{
+		Text += ToUTF8(Library->GetPathName()) + "\n" + WriteLibrary(Library).dump(1, '\t') + "\n";
+	}
+	UWorld* World = Editor.GetEditorWorld();
+	Text += ToUTF8(World->GetPackage()->GetName()) + "\n" + WriteLevel(World).dump(1, '\t') + "\n";
+	return Text;
 }

@@ -30,6 +30,9 @@ public:
 	std::function<UPackage*(const FString& PackageName)> PackageLoader;
 	// Object paths that fail to load, for fault injection.
 	TSet<FString> FailingLoads;
+	// Fault injection for object creation: the class name (without prefix, "DMXComponent") mapped
+	// to how many of the next NewObject calls for exactly that class answer null.
+	TMap<FString, int32> FailingNewObjects;
 	// Warnings the engine would write to its log (a failed load, a failed ensure).
 	TArray<FString> Warnings;
 
