@@ -4,6 +4,18 @@
 
 namespace
 {
+	// A userdata has keys only through the __index of its metatable. Without a table or function
+	// there, Lua would refuse the read with an error of its own, so the userdata holds no keys.
+	bool CanReadUserdataFields(lua_State* L, int Index)
+	{
+		const int IndexType = luaL_getmetafield(L, Index, "__index");
+		if (IndexType != LUA_TNIL)
+		{
+			lua_pop(L, 1);
+		}
+		return IndexType == LUA_TTABLE || IndexType == LUA_TFUNCTION;
+	}
+
 	// Pushes Params[Key] with a plain field read and hands its stack index to Read; whatever was
 	// pushed is popped afterwards. A Lua error raised by a metamethod travels on untouched.
 	template <typename ResultType, typename ReadFn>
@@ -17,7 +29,7 @@ namespace
 		const int Top = lua_gettop(L);
 		Params.push(L);
 		const int ContainerType = lua_type(L, -1);
-		if (ContainerType != LUA_TTABLE && ContainerType != LUA_TUSERDATA)
+		if ((ContainerType != LUA_TTABLE && ContainerType != LUA_TUSERDATA) || (ContainerType == LUA_TUSERDATA && !CanReadUserdataFields(L, -1)))
 		{
 			lua_settop(L, Top);
 			return Default;

@@ -5,7 +5,8 @@
 #include "host/VorlithLua.h"
 
 // Each getter answers Default unless Params is a table (or userdata) whose field Key holds exactly
-// the expected Lua type; nothing is coerced. Metamethods of Params apply to the read.
+// the expected Lua type; nothing is coerced. Metamethods of Params apply to the read; a userdata
+// whose metatable has no __index table or function holds no keys.
 FString GetStringParam(sol::table Params, const char* Key, const TCHAR* Default);
 double GetNumberParam(sol::table Params, const char* Key, double Default);
 // Truncates toward zero to 32 bits (out of range and NaN give INT32_MIN), then applies Max, then Min.
