@@ -1,14 +1,14 @@
-// A canonical dump of everything the module can change: every DMX Library in memory and the
-// editor level's actors with their components. Used to check that undo and redo restore a state
-// exactly. Each line describes one thing; the lines that a fixture type's change can leave stale
-// on its patches (active mode and what the patch caches) carry that type's id as a tag, so a
-// comparison can leave them out where the engine is known to refresh them later.
+// A canonical dump of everything the module can change: every DMX Library in memory, with the entities
+// it no longer lists (undo brings them back), and the editor level's actors and components; floats
+// exactly. What a patch derives from its fixture type is a line tagged with that type, so a comparison
+// can leave it out where the engine is known to refresh it later.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <set>
 #include <sstream>
 #include <string>
@@ -24,52 +24,21 @@
 
 namespace DMXStateDigest
 {
+	// Tag: empty, or the fixture type whose changes the line follows.
 	struct FLine
 	{
-		// Empty, or the id of the fixture type whose changes this line follows.
-		std::string Tag;
-		std::string Text;
+		std::string Tag, Text;
 	};
 	using FDigest = std::vector<FLine>;
 
-	// ASCII goes straight through (most of a digest is ASCII); anything else through the engine.
 	inline std::string ToUTF8(const FString& Text)
 	{
-		std::string Out;
-		Out.reserve(static_cast<size_t>(Text.Len()));
-		const TCHAR* Chars = *Text;
-		for (int32 Index = 0; Index < Text.Len(); ++Index)
-		{
-			if (Chars[Index] >= 0x80)
-			{
-				FTCHARToUTF8 Converted(Chars, Text.Len());
-				return Converted.Get() ? std::string(Converted.Get(), static_cast<size_t>(Converted.Length())) : std::string();
-			}
-			Out.push_back(static_cast<char>(Chars[Index]));
-		}
-		return Out;
+		FTCHARToUTF8 Converted(*Text, Text.Len());
+		return Converted.Get() ? std::string(Converted.Get(), static_cast<size_t>(Converted.Length())) : std::string();
 	}
 
-	inline FString ToEngine(const std::string& Text)
-	{
-		FUTF8ToTCHAR Converted(Text.c_str(), static_cast<int32>(Text.size()));
-		return FString(Converted.Length(), Converted.Get());
-	}
-
-	inline std::string Quote(const FString& Text)
-	{
-		return "\"" + ToUTF8(Text) + "\"";
-	}
-
-	inline std::string DescribeObject(const UObject* Object)
-	{
-		if (Object == nullptr)
-		{
-			return "null";
-		}
-		return ToUTF8(Object->GetPathName()) + (Object->IsGarbage() ? " (garbage)" : "");
-	}
-
+	inline std::string Quote(const FString& Text) { return "\"" + ToUTF8(Text) + "\""; }
+	inline std::string Quote(const FName& Name) { return Quote(Name.ToString()); }
 	inline std::string GuidText(const FGuid& Guid)
 	{
 		char Text[40];
@@ -77,12 +46,36 @@ namespace DMXStateDigest
 		return Text;
 	}
 
-	inline void DescribeMode(std::ostringstream& Out, const FDMXFixtureMode& Mode)
+	// Names the fixture type object itself, which keeps its identity when it is removed and renamed.
+	inline std::string TypeTag(const UDMXEntityFixtureType* FixtureType) { return FixtureType ? std::to_string(reinterpret_cast<uintptr_t>(FixtureType)) : ""; }
+
+	inline std::string DescribeObject(const UObject* Object)
+	{
+		return Object ? ToUTF8(Object->GetPathName()) + (Object->IsGarbage() ? " (garbage)" : "") : "null";
+	}
+
+	// Live objects of class T that Keep accepts, by path.
+	template <typename T, typename KeepFn>
+	std::vector<T*> FindLiveObjects(KeepFn&& Keep)
+	{
+		std::vector<T*> Found;
+		FHeadlessObjectRegistry::Get().ForEachObject([&Found, &Keep](UObject* Object)
+		{
+			if (T* Typed = Cast<T>(Object); Typed != nullptr && !Typed->IsGarbage() && Keep(Typed))
+			{
+				Found.push_back(Typed);
+			}
+		});
+		std::sort(Found.begin(), Found.end(), [](T* A, T* B) { return ToUTF8(A->GetPathName()) < ToUTF8(B->GetPathName()); });
+		return Found;
+	}
+
+	inline void DescribeMode(std::ostream& Out, const FDMXFixtureMode& Mode)
 	{
 		Out << " mode " << Quote(Mode.ModeName) << " auto " << Mode.bAutoChannelSpan << " span " << Mode.ChannelSpan << " matrix " << Mode.bFixtureMatrixEnabled;
 		for (const FDMXFixtureFunction& Function : Mode.Functions)
 		{
-			Out << " [fn " << Quote(Function.Attribute.Name.ToString()) << " " << Quote(Function.FunctionName) << " " << Quote(Function.Description)
+			Out << " [fn " << Quote(Function.Attribute.Name) << " " << Quote(Function.FunctionName) << " " << Quote(Function.Description)
 				<< " " << Function.DefaultValue << " ch " << Function.Channel << " fmt " << int(Function.DataType) << " lsb " << Function.bUseLSBMode
 				<< " unit " << int(Function.GetPhysicalUnit()) << " " << Function.GetPhysicalFrom() << ".." << Function.GetPhysicalTo()
 				<< " def " << Function.GetPhysicalDefaultValue() << "]";
@@ -91,8 +84,8 @@ namespace DMXStateDigest
 		Out << " [matrix " << Matrix.FirstCellChannel << " " << Matrix.XCells << "x" << Matrix.YCells << " dist " << int(Matrix.PixelMappingDistribution);
 		for (const FDMXFixtureCellAttribute& Cell : Matrix.CellAttributes)
 		{
-			Out << " {" << Quote(Cell.Attribute.Name.ToString()) << " " << Quote(Cell.Description) << " " << Cell.DefaultValue << " fmt "
-				<< int(Cell.DataType) << " lsb " << Cell.bUseLSBMode << "}";
+			Out << " {" << Quote(Cell.Attribute.Name) << " " << Quote(Cell.Description) << " " << Cell.DefaultValue << " fmt " << int(Cell.DataType)
+				<< " lsb " << Cell.bUseLSBMode << "}";
 		}
 		Out << "]";
 	}
@@ -101,35 +94,29 @@ namespace DMXStateDigest
 	inline std::string DescribePatchDerived(const UDMXEntityFixturePatch* Patch)
 	{
 		std::ostringstream Out;
-		Out << std::hexfloat;
 		FText Reason;
 		const bool bValid = Patch->IsValidEntity(Reason);
 		Out << "  derived mode " << Patch->GetActiveModeIndex() << " span " << Patch->GetChannelSpan() << " end " << Patch->GetEndingChannel()
-			<< " valid " << bValid << " " << Quote(Reason.ToString()) << " defaults";
+			<< " valid " << bValid << " " << Quote(Reason.ToString());
+		const auto PutMap = [&Out](const char* Label, const auto& Map)
+		{
+			Out << " " << Label;
+			for (const auto& Pair : Map)
+			{
+				Out << " " << Quote(Pair.Key.Name) << "=" << int64(Pair.Value);
+			}
+		};
 		const TMap<FDMXAttributeName, int32> Defaults = Patch->GetAttributeDefaultMap();
-		for (const auto& Pair : Defaults)
+		PutMap("defaults", Defaults);
+		PutMap("channels", Patch->GetAttributeChannelAssignments());
+		PutMap("formats", Patch->GetAttributeSignalFormats());
+		std::map<int32, int> Raw;
+		for (const auto& Pair : Patch->ConvertAttributeMapToRawMap(Defaults))
 		{
-			Out << " " << Quote(Pair.Key.Name.ToString()) << "=" << Pair.Value;
-		}
-		Out << " channels";
-		for (const auto& Pair : Patch->GetAttributeChannelAssignments())
-		{
-			Out << " " << Quote(Pair.Key.Name.ToString()) << "=" << Pair.Value;
-		}
-		Out << " formats";
-		for (const auto& Pair : Patch->GetAttributeSignalFormats())
-		{
-			Out << " " << Quote(Pair.Key.Name.ToString()) << "=" << int(Pair.Value);
+			Raw[Pair.Key] = Pair.Value;
 		}
 		Out << " raw";
-		TMap<int32, uint8> Raw = Patch->ConvertAttributeMapToRawMap(Defaults);
-		std::vector<std::pair<int32, int>> Sorted;
-		for (const auto& Pair : Raw)
-		{
-			Sorted.emplace_back(Pair.Key, int(Pair.Value));
-		}
-		std::sort(Sorted.begin(), Sorted.end());
-		for (const auto& [Channel, Value] : Sorted)
+		for (const auto& [Channel, Value] : Raw)
 		{
 			Out << " " << Channel << ":" << Value;
 		}
@@ -139,220 +126,127 @@ namespace DMXStateDigest
 	inline void AddEntity(FDigest& Digest, const UDMXLibrary* Library, const UDMXEntity* Entity)
 	{
 		std::ostringstream Out;
-		Out << std::hexfloat;
-		Out << " entity " << DescribeObject(Entity);
-		if (Entity == nullptr)
+		Out << std::hexfloat << " entity " << DescribeObject(Entity);
+		if (Entity != nullptr)
 		{
-			Digest.push_back({std::string(), Out.str()});
-			return;
+			Out << " class " << ToUTF8(Entity->GetClass()->GetName()) << " name " << Quote(Entity->Name) << " id " << GuidText(Entity->GetID())
+				<< " library " << (Entity->GetParentLibrary() == Library ? "own" : DescribeObject(Entity->GetParentLibrary()))
+				<< " transactional " << Entity->HasAnyFlags(RF_Transactional);
 		}
-		Out << " class " << ToUTF8(Entity->GetClass()->GetName()) << " name " << Quote(Entity->Name) << " id " << GuidText(Entity->GetID())
-			<< " library " << (Entity->GetParentLibrary() == Library ? "own" : DescribeObject(Entity->GetParentLibrary()))
-			<< " transactional " << Entity->HasAnyFlags(RF_Transactional);
 		if (const UDMXEntityFixtureType* FixtureType = Cast<UDMXEntityFixtureType>(Entity))
 		{
-			Out << " category " << Quote(FixtureType->DMXCategory.Name.ToString()) << " gdtf " << FixtureType->bExportGeneratedGDTF
+			Out << " category " << Quote(FixtureType->DMXCategory.Name) << " gdtf " << FixtureType->bExportGeneratedGDTF
 				<< FixtureType->bShowOnlyLatestGDTFModeRevisions << " modes " << FixtureType->Modes.Num();
 			for (const FDMXFixtureMode& Mode : FixtureType->Modes)
 			{
 				DescribeMode(Out, Mode);
 			}
-			Digest.push_back({std::string(), Out.str()});
 		}
-		else if (const UDMXEntityFixturePatch* Patch = Cast<UDMXEntityFixturePatch>(Entity))
+		const UDMXEntityFixturePatch* Patch = Cast<UDMXEntityFixturePatch>(Entity);
+		if (Patch != nullptr)
 		{
-			const UDMXEntityFixtureType* FixtureType = Patch->GetFixtureType();
-			Out << " type " << DescribeObject(FixtureType) << " universe " << Patch->GetUniverseID() << " start " << Patch->GetStartingChannel()
+			const FLinearColor& Color = Patch->EditorColor;
+			Out << " type " << DescribeObject(Patch->GetFixtureType()) << " universe " << Patch->GetUniverseID() << " start " << Patch->GetStartingChannel()
 				<< " fixture_id " << Patch->GetFixtureID() << " mvr " << GuidText(Patch->GetMVRFixtureUUID()) << " receive " << Patch->bReceiveDMXInEditor
-				<< " color " << Patch->EditorColor.R << " " << Patch->EditorColor.G << " " << Patch->EditorColor.B << " " << Patch->EditorColor.A << " tags";
+				<< " color " << Color.R << " " << Color.G << " " << Color.B << " " << Color.A << " tags";
 			for (const FName& Tag : Patch->CustomTags)
 			{
-				Out << " " << Quote(Tag.ToString());
-			}
-			Digest.push_back({std::string(), Out.str()});
-			Digest.push_back({FixtureType ? GuidText(FixtureType->GetID()) : std::string(), DescribePatchDerived(Patch)});
-		}
-		else
-		{
-			Digest.push_back({std::string(), Out.str()});
-		}
-	}
-
-	inline void AddLibrary(FDigest& Digest, UDMXLibrary* Library)
-	{
-		Digest.push_back({std::string(), "library " + DescribeObject(Library) + " entities " + std::to_string(Library->GetEntities().Num())});
-		for (const UDMXEntity* Entity : Library->GetEntities())
-		{
-			AddEntity(Digest, Library, Entity);
-		}
-		// Entities the library no longer lists (removed ones stay alive, renamed) are part of the
-		// state too: an undo brings them back.
-		std::vector<const UDMXEntity*> Outside;
-		FHeadlessObjectRegistry::Get().ForEachObject([Library, &Outside](UObject* Object)
-		{
-			const UDMXEntity* Entity = Cast<UDMXEntity>(Object);
-			if (Entity != nullptr && !Entity->IsGarbage() && Entity->GetOuter() == Library && !Library->GetEntities().Contains(const_cast<UDMXEntity*>(Entity)))
-			{
-				Outside.push_back(Entity);
-			}
-		});
-		std::sort(Outside.begin(), Outside.end(), [](const UDMXEntity* A, const UDMXEntity* B) { return ToUTF8(A->GetName()) < ToUTF8(B->GetName()); });
-		for (const UDMXEntity* Entity : Outside)
-		{
-			Digest.push_back({std::string(), " outside"});
-			AddEntity(Digest, Library, Entity);
-		}
-	}
-
-	// The reference as stored: library, entity class and which entity its id names.
-	inline std::string DescribePatchReference(const FDMXEntityFixturePatchRef& Reference)
-	{
-		std::ostringstream Out;
-		Out << "ref library " << DescribeObject(Reference.DMXLibrary) << " class "
-			<< (Reference.GetEntityType().Get() ? ToUTF8(Reference.GetEntityType().Get()->GetName()) : std::string("none"))
-			<< " picker " << Reference.bDisplayLibraryPicker << " id ";
-		FDMXEntityFixturePatchRef Cleared;
-		Cleared.DMXLibrary = Reference.DMXLibrary;
-		if (Reference == Cleared)
-		{
-			Out << "zero";
-		}
-		else
-		{
-			std::string Named = "unmatched";
-			if (UDMXLibrary* Library = Reference.DMXLibrary)
-			{
-				for (UDMXEntity* Entity : Library->GetEntities())
-				{
-					UDMXEntityFixturePatch* Patch = Cast<UDMXEntityFixturePatch>(Entity);
-					if (Patch != nullptr && Reference == FDMXEntityFixturePatchRef(Patch))
-					{
-						Named = DescribeObject(Patch);
-						break;
-					}
-				}
-			}
-			Out << Named;
-		}
-		Out << " resolves " << DescribeObject(Reference.GetFixturePatch());
-		return Out.str();
-	}
-
-	inline void AddComponent(FDigest& Digest, const AActor* Actor, const UActorComponent* Component)
-	{
-		std::ostringstream Out;
-		Out << "  component " << DescribeObject(Component);
-		if (Component != nullptr && !Component->IsGarbage())
-		{
-			Out << " class " << ToUTF8(Component->GetClass()->GetName()) << " owner " << (Component->GetOwner() == Actor)
-				<< " registered " << Component->IsRegistered() << " world " << (Component->GetWorld() == Actor->GetWorld())
-				<< " tick " << Component->IsComponentTickEnabled() << " creation " << int(Component->CreationMethod)
-				<< " transactional " << Component->HasAnyFlags(RF_Transactional);
-			if (const UDMXComponent* DMXComponent = Cast<UDMXComponent>(Component))
-			{
-				const FBoolProperty* Receive = FindFProperty<FBoolProperty>(UDMXComponent::StaticClass(), TEXT("bReceiveDMXFromPatch"));
-				Out << " receive " << (Receive != nullptr && Receive->GetPropertyValue_InContainer(DMXComponent)) << " "
-					<< DescribePatchReference(DMXComponent->FixturePatchRef);
+				Out << " " << Quote(Tag);
 			}
 		}
 		Digest.push_back({std::string(), Out.str()});
+		if (Patch != nullptr)
+		{
+			Digest.push_back({TypeTag(Patch->GetFixtureType()), DescribePatchDerived(Patch)});
+		}
+	}
+
+	// The reference as stored (library, entity class, which listed patch its id names) and what it resolves to.
+	inline std::string DescribePatchReference(const FDMXEntityFixturePatchRef& Reference)
+	{
+		FDMXEntityFixturePatchRef Cleared;
+		Cleared.DMXLibrary = Reference.DMXLibrary;
+		std::string Named = Reference == Cleared ? "zero" : "unmatched";
+		for (int32 Index = 0; Reference.DMXLibrary && Named == "unmatched" && Index < Reference.DMXLibrary->GetEntities().Num(); ++Index)
+		{
+			UDMXEntityFixturePatch* Patch = Cast<UDMXEntityFixturePatch>(Reference.DMXLibrary->GetEntities()[Index]);
+			Named = Patch != nullptr && Reference == FDMXEntityFixturePatchRef(Patch) ? DescribeObject(Patch) : Named;
+		}
+		const UClass* Class = Reference.GetEntityType().Get();
+		return "ref library " + DescribeObject(Reference.DMXLibrary) + " class " + (Class ? ToUTF8(Class->GetName()) : std::string("none"))
+			+ " picker " + std::to_string(Reference.bDisplayLibraryPicker) + " id " + Named + " resolves " + DescribeObject(Reference.GetFixturePatch());
 	}
 
 	inline void AddLevel(FDigest& Digest, const UWorld* World)
 	{
+		const FBoolProperty* Receive = FindFProperty<FBoolProperty>(UDMXComponent::StaticClass(), TEXT("bReceiveDMXFromPatch"));
 		Digest.push_back({std::string(), "level " + DescribeObject(World->GetCurrentLevel()) + " actors " + std::to_string(World->GetActors().Num())});
 		for (const AActor* Actor : World->GetActors())
 		{
 			std::ostringstream Out;
-			Out << " actor " << DescribeObject(Actor);
-			if (Actor != nullptr)
+			Out << " actor " << DescribeObject(Actor) << " label " << Quote(Actor->GetActorLabel(false));
+			for (const UActorComponent* Component : Actor->GetInstanceComponents())
 			{
-				Out << " label " << Quote(Actor->GetActorLabel(false)) << " instance";
-				for (const UActorComponent* Component : Actor->GetInstanceComponents())
+				Out << " instance " << DescribeObject(Component);
+			}
+			for (const UActorComponent* Component : Actor->GetComponents())
+			{
+				Out << "\n  component " << DescribeObject(Component);
+				if (Component == nullptr || Component->IsGarbage())
 				{
-					Out << " " << DescribeObject(Component);
+					continue;
+				}
+				Out << " class " << ToUTF8(Component->GetClass()->GetName()) << " owner " << (Component->GetOwner() == Actor)
+					<< " registered " << Component->IsRegistered() << " world " << (Component->GetWorld() == Actor->GetWorld())
+					<< " tick " << Component->IsComponentTickEnabled() << " creation " << int(Component->CreationMethod)
+					<< " transactional " << Component->HasAnyFlags(RF_Transactional);
+				if (const UDMXComponent* DMXComponent = Cast<UDMXComponent>(Component))
+				{
+					Out << " receive " << (Receive != nullptr && Receive->GetPropertyValue_InContainer(DMXComponent)) << " "
+						<< DescribePatchReference(DMXComponent->FixturePatchRef);
 				}
 			}
 			Digest.push_back({std::string(), Out.str()});
-			if (Actor != nullptr)
-			{
-				for (const UActorComponent* Component : Actor->GetComponents())
-				{
-					AddComponent(Digest, Actor, Component);
-				}
-			}
 		}
 	}
 
-	// Every DMX Library alive (by path) and the level.
 	inline FDigest TakeDigest(const UWorld* World)
 	{
-		std::vector<UDMXLibrary*> Libraries;
-		FHeadlessObjectRegistry::Get().ForEachObject([&Libraries](UObject* Object)
-		{
-			if (UDMXLibrary* Library = Cast<UDMXLibrary>(Object); Library != nullptr && !Library->IsGarbage())
-			{
-				Libraries.push_back(Library);
-			}
-		});
-		std::sort(Libraries.begin(), Libraries.end(), [](UDMXLibrary* A, UDMXLibrary* B) { return ToUTF8(A->GetPathName()) < ToUTF8(B->GetPathName()); });
 		FDigest Digest;
-		for (UDMXLibrary* Library : Libraries)
+		for (UDMXLibrary* Library : FindLiveObjects<UDMXLibrary>([](UDMXLibrary*) { return true; }))
 		{
-			AddLibrary(Digest, Library);
+			Digest.push_back({std::string(), "library " + DescribeObject(Library) + " entities " + std::to_string(Library->GetEntities().Num())});
+			for (const UDMXEntity* Entity : Library->GetEntities())
+			{
+				AddEntity(Digest, Library, Entity);
+			}
+			for (UDMXEntity* Entity : FindLiveObjects<UDMXEntity>([Library](UDMXEntity* Entity)
+				{ return Entity->GetOuter() == Library && !Library->GetEntities().Contains(Entity); }))
+			{
+				Digest.push_back({std::string(), " outside"});
+				AddEntity(Digest, Library, Entity);
+			}
 		}
 		AddLevel(Digest, World);
 		return Digest;
 	}
 
-	inline std::string ToText(const FDigest& Digest)
-	{
-		std::string Text;
-		for (const FLine& Line : Digest)
-		{
-			Text += (Line.Tag.empty() ? std::string() : "<" + Line.Tag + "> ") + Line.Text + "\n";
-		}
-		return Text;
-	}
-
-	// Equal line for line; lines tagged with one of the loose types are left out on both sides.
+	// Equal line for line (tags name objects of this session only, so they count only for this);
+	// lines tagged with one of the loose types are left out on both sides.
 	inline ::testing::AssertionResult DigestsMatch(const FDigest& Expected, const FDigest& Actual, const std::set<std::string>& LooseTypes = {})
 	{
 		const auto IsLoose = [&LooseTypes](const FLine& Line) { return !Line.Tag.empty() && LooseTypes.count(Line.Tag) != 0; };
-		const auto LinesMatch = [&IsLoose](const FLine& A, const FLine& B)
+		size_t Index = 0;
+		while (Index < std::min(Expected.size(), Actual.size()) && ((IsLoose(Expected[Index]) && IsLoose(Actual[Index])) || Expected[Index].Text == Actual[Index].Text))
 		{
-			return (IsLoose(A) && IsLoose(B)) || (A.Tag == B.Tag && A.Text == B.Text);
-		};
-		if (Expected.size() == Actual.size())
-		{
-			bool bSame = true;
-			for (size_t Index = 0; Index < Expected.size() && bSame; ++Index)
-			{
-				bSame = LinesMatch(Expected[Index], Actual[Index]);
-			}
-			if (bSame)
-			{
-				return ::testing::AssertionSuccess();
-			}
+			++Index;
 		}
-		// Name the lines that differ, with the entity or actor line above each for context.
-		::testing::AssertionResult Failure = ::testing::AssertionFailure();
-		Failure << "states differ (" << Expected.size() << " lines expected, " << Actual.size() << " found)";
-		const size_t Common = std::min(Expected.size(), Actual.size());
-		int Shown = 0;
-		for (size_t Index = 0; Index < Common && Shown < 6; ++Index)
+		if (Index == Expected.size() && Index == Actual.size())
 		{
-			if (!LinesMatch(Expected[Index], Actual[Index]))
-			{
-				Failure << "\n@" << Index << (Index > 0 ? "\n  above:    " + Expected[Index - 1].Text : std::string())
-					<< "\n  expected: <" << Expected[Index].Tag << "> " << Expected[Index].Text << "\n  actual:   <" << Actual[Index].Tag << "> " << Actual[Index].Text;
-				++Shown;
-			}
+			return ::testing::AssertionSuccess();
 		}
-		for (size_t Index = Common; Index < std::max(Expected.size(), Actual.size()) && Shown < 8; ++Index, ++Shown)
-		{
-			Failure << "\n@" << Index << (Index < Expected.size() ? " only expected: " + Expected[Index].Text : " only found: " + Actual[Index].Text);
-		}
-		return Failure;
+		const auto Show = [](const FDigest& Digest, size_t At) { return At < Digest.size() ? Digest[At].Text : std::string("(none)"); };
+		return ::testing::AssertionFailure() << "states differ at line " << Index << (Index > 0 ? "\n  after:    " + Expected[Index - 1].Text : std::string())
+			<< "\n  expected: " << Show(Expected, Index) << "\n  actual:   " << Show(Actual, Index);
 	}
 }

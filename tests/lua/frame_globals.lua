@@ -1,46 +1,52 @@
--- The three globals, their argument checks, and the headless editor's own helpers.
+-- The three globals and sol2's argument errors; the headless editor's own helpers and library report.
 
-assert(type(dmx_library) == "function")
-assert(type(dmx_component) == "function")
-assert(type(dmx_subsystem) == "function")
-
-local function error_of(fn, ...)
-  local ok, err = pcall(fn, ...)
-  assert(not ok, "expected an error")
-  return tostring(err)
+local function expect_error(text, fn, ...)
+	local ok, err = pcall(fn, ...)
+	assert(not ok and tostring(err):find(text, 1, true), "expected '" .. text .. "', got " .. tostring(err))
 end
 
--- sol2 refuses a wrong argument type before the module runs.
-local err = error_of(dmx_library, 5)
-assert(err:find("stack index 1, expected string, received number", 1, true), err)
-err = error_of(dmx_library)
-assert(err:find("stack index 1, expected string, received no value", 1, true), err)
-err = error_of(dmx_component, nil)
-assert(err:find("expected string, received nil", 1, true), err)
+expect_error("stack index 1, expected string, received number", dmx_library, 5)
+expect_error("stack index 1, expected string, received no value", dmx_library)
+expect_error("stack index 1, expected string, received nil", dmx_component, nil)
+expect_error("stack index 1, expected table, received string", dmx_library("/Game/Nope").add, "fixture_type", {})
+expect_error("stack index 1, expected table, received string", dmx_library("/Game/Nope").remove, "fixture_type", "x")
+expect_error("attempt to call a nil value (global 'nope')", function() nope() end)
 
--- An unresolved path still answers a handle, never nil, and echoes the exact bytes given.
-local h = dmx_library("")
-assert(type(h) == "table" and h.valid == false and h.path == "")
+-- An unresolved path still answers a fresh handle, echoing the exact bytes given.
 local odd = "/Game/\0weird\255"
-assert(dmx_library(odd).path == odd)
-assert(dmx_component("").valid == false)
-assert(dmx_component("").actor == "")
-
--- A fresh handle each call.
-assert(dmx_library("/Game/Nope") ~= dmx_library("/Game/Nope"))
-
--- An unknown global fails with Lua's own error.
-err = error_of(function() nope() end)
-assert(err:find("attempt to call a nil value (global 'nope')", 1, true), err)
+assert(dmx_library(odd).valid == false and dmx_library(odd).path == odd)
+assert(dmx_library("") ~= dmx_library(""))
 
 -- The editor global.
-assert(editor.transaction_depth() == 0)
-assert(editor.undo() == false and editor.redo() == false)
-assert(#editor.undo_history() == 0)
+assert(editor.transaction_depth() == 0 and editor.undo() == false and editor.redo() == false and #editor.undo_history() == 0)
 assert(editor.spawn_actor("Spot_1", "Stage Left Spot") == true)
 assert(editor.spawn_actor("spot_1") == false, "actor names are unique ignoring case")
-assert(editor.create_library("/Game/DMX/Stage") == true)
-assert(editor.create_library("/Game/DMX/Stage") == false)
+assert(editor.create_library("/Game/DMX/Stage") == true and editor.create_library("/Game/DMX/Stage") == false)
 assert(editor.create_library("not a path") == false)
 local dirty = editor.dirty_packages()
 assert(#dirty == 2 and dirty[1] == "/Game/DMX/Stage" and dirty[2] == "/Game/Maps/Untitled", table.concat(dirty, ","))
+
+-- editor.library_report: types, then patches by universe and channel, with validity and overlaps.
+assert(editor.library_report("/Game/DMX/Nowhere") == nil)
+local lib = dmx_library("/Game/DMX/Stage")
+assert(lib:add("fixture_type", { name = "Wash", category = "Moving Head", modes = {
+	{ name = "Basic", functions = { { attribute = "Dimmer" }, { attribute = "Pan", name = "Pan", data_type = "E16Bit", use_lsb = true } } } } }))
+assert(lib:add("fixture_type", { name = "Blank", modes = {} }))
+for _, p in ipairs({ { "Front", "Wash", 2, 5 }, { "Side", "Wash", 2, 7 }, { "Back", "Wash", 2, 1 }, { "Late", "Wash", 1, 511 }, { "Void", "Blank", 1, 1 } }) do
+	assert(lib:add("fixture_patch", { name = p[1], fixture_type = p[2], universe = p[3], starting_channel = p[4] }))
+end
+local report = editor.library_report("/Game/DMX/Stage")
+assert(report == editor.library_report("/Game/DMX/Stage.Stage"), "package and object path give the same report")
+local function at(pattern)
+	local pos = report:find(pattern)
+	assert(pos, "no '" .. pattern .. "' in:\n" .. report)
+	return pos
+end
+at("^DMX Library /Game/DMX/Stage%.Stage\n")
+at("  Wash %[Moving Head%]")
+at("ch 2%-3 +Pan +Pan +16 bit LSB")
+at("  Blank %[None%]: no modes")
+assert(at("universe 1\n") < at("universe 2\n") and at("ch 1%-3 +Back") < at("ch 5%-7 +Front") and at("ch 5%-7 +Front") < at("ch 7%-9 +Side"))
+at("Late[^\n]*\n[^\n]*INVALID: Channels range overflows max channel address %(512%)")
+at("Front[^\n]*\n[^\n]*OVERLAPS: Side")
+at("\n5 patches in 2 universes, 2 invalid, 2 overlapping\n?$")

@@ -1,105 +1,55 @@
-// The library's entity list, entity naming and destruction, and entity references.
-#include "Library/DMXEntityReference.h"
+// The library's entity list and the unique naming of entities, modes and functions.
+#include "DMXRuntimeUtils.h"
 #include "DMXTestUtils.h"
 
 using namespace DMXRuntimeTests;
 
-class DMXRuntimeLibrary : public FDMXTestBase
+using DMXRuntimeLibrary = FDMXTestBase;
+
+TEST(DMXRuntimeUniqueNames, GenerateUniqueNameFromExistingFollowsTheNamingTable)
 {
-};
-
-TEST_F(DMXRuntimeLibrary, EntitiesAreAConstReferenceInRegistrationOrder)
-{
-	const TArray<UDMXEntity*>& Entities = Library->GetEntities();
-	EXPECT_EQ(&Entities, &Library->GetEntities());
-
-	UDMXEntityFixtureType* Spot = CreateFixtureType(TEXT("Spot"), {MakeFunction(TEXT("Dimmer"), 1)});
-	UDMXEntityFixturePatch* Patch = CreatePatch(Spot, TEXT("Spot1"));
-	UDMXEntityFixtureType* Wash = CreateFixtureType(TEXT("Wash"));
-	ASSERT_EQ(Entities.Num(), 3);
-	EXPECT_EQ(Entities[0], Spot);
-	EXPECT_EQ(Entities[1], Patch);
-	EXPECT_EQ(Entities[2], Wash);
-
-	EXPECT_EQ(Library->GetEntitiesTypeCast<UDMXEntityFixtureType>(), (TArray<UDMXEntityFixtureType*>{Spot, Wash}));
-
-	// A second registration is refused.
-	Library->RegisterEntity(Spot);
-	EXPECT_EQ(Entities.Num(), 3);
+	const struct
+	{
+		TArray<FString> Existing;
+		const TCHAR* Base;
+		const TCHAR* Expected;
+	} Cases[] = {
+		{{}, TEXT("Free"), TEXT("Free")},
+		{{TEXT("Mode"), TEXT("Mode_1")}, TEXT("Mode"), TEXT("Mode_2")},
+		{{TEXT("Mode 2")}, TEXT("Mode 2"), TEXT("Mode_2")},
+		{{TEXT("Dimmer_5"), TEXT("Dimmer_6")}, TEXT("Dimmer_5"), TEXT("Dimmer_7")},
+		{{TEXT("Mode0")}, TEXT("Mode0"), TEXT("Mode_1")},
+		{{TEXT("123")}, TEXT("123"), TEXT("_123")},
+		{{TEXT("spot")}, TEXT("SPOT"), TEXT("SPOT_1")},
+		{{TEXT("Par.-3")}, TEXT("Par.-3"), TEXT("Par_3")},
+		{{}, TEXT(""), TEXT("Default name_1")},
+		{{TEXT("Default name_1")}, TEXT(""), TEXT("Default name_2")},
+	};
+	for (int32 Index = 0; Index < static_cast<int32>(std::size(Cases)); ++Index)
+	{
+		TSet<FString> Existing;
+		for (const FString& Name : Cases[Index].Existing)
+		{
+			Existing.Add(Name);
+		}
+		// Case-sensitive comparison: the spelling of the result matters.
+		EXPECT_TRUE(FDMXRuntimeUtils::GenerateUniqueNameFromExisting(Existing, Cases[Index].Base).Equals(Cases[Index].Expected)) << "case " << Index;
+	}
 }
 
-TEST_F(DMXRuntimeLibrary, FindEntityMatchesNamesCaseSensitivelyAcrossTypes)
+TEST_F(DMXRuntimeLibrary, EntitiesKeepRegistrationOrderAndEachClassItsOwnNames)
 {
-	UDMXEntityFixtureType* Spot = CreateFixtureType(TEXT("Spot"), {MakeFunction(TEXT("Dimmer"), 1)});
-	UDMXEntityFixturePatch* Patch = CreatePatch(Spot, TEXT("Spot"));
-	ASSERT_TRUE(Patch->Name.Equals(TEXT("Spot")));
+	UDMXEntityFixtureType* First = CreateFixtureType(TEXT(""), {MakeFunction(TEXT("Dimmer"), 1)});
+	UDMXEntityFixturePatch* Spot = CreatePatch(First, TEXT("Spot"));
+	UDMXEntityFixtureType* Second = CreateFixtureType(TEXT("Spot"));
+	EXPECT_TRUE(First->Name.Equals(TEXT("DMXEntityFixtureType")));
+	EXPECT_TRUE(Second->Name.Equals(TEXT("Spot")));
+	EXPECT_TRUE(CreatePatch(First)->Name.Equals(TEXT("DMXEntityFixturePatch")));
+	EXPECT_TRUE(CreatePatch(First, TEXT("SPOT"))->Name.Equals(TEXT("SPOT_1")));
+	EXPECT_EQ(Library->GetEntities().Num(), 5);
+	EXPECT_EQ(Library->GetEntitiesTypeCast<UDMXEntityFixtureType>(), (TArray<UDMXEntityFixtureType*>{First, Second}));
 
-	EXPECT_EQ(Library->FindEntity(FString(TEXT("Spot"))), Spot);
-	EXPECT_EQ(Library->FindEntity(FString(TEXT("spot"))), nullptr);
-	EXPECT_EQ(Library->FindEntity(Patch->GetID()), Patch);
-	EXPECT_EQ(Library->FindEntity(FGuid()), nullptr);
-}
-
-TEST_F(DMXRuntimeLibrary, SetNameIsVerbatimAndRenamesTheObjectUniquely)
-{
-	UDMXEntityFixtureType* Spot = CreateFixtureType(TEXT("Spot"));
-	UDMXEntityFixtureType* Wash = CreateFixtureType(TEXT("Wash"));
-	Wash->SetName(TEXT("Spot"));
-	EXPECT_TRUE(Wash->Name.Equals(TEXT("Spot")));
-	EXPECT_NE(Wash->GetFName(), Spot->GetFName());
-	EXPECT_EQ(StaticFindObjectFast(nullptr, Library, Wash->GetFName()), Wash);
-
-	Wash->SetName(TEXT(""));
-	EXPECT_TRUE(Wash->GetDisplayName().IsEmpty());
-}
-
-TEST_F(DMXRuntimeLibrary, DestroyTakesTheEntityOutOfItsLibrary)
-{
-	UDMXEntityFixtureType* Spot = CreateFixtureType(TEXT("Spot"));
-	TArray<UDMXEntity*> Removed;
-	UDMXLibrary::GetOnEntitiesRemoved().AddLambda([&Removed](UDMXLibrary*, TArray<UDMXEntity*> Entities) { Removed.Append(Entities); });
-
-	Spot->Destroy();
-	UDMXLibrary::GetOnEntitiesRemoved().Clear();
-	EXPECT_EQ(Removed, (TArray<UDMXEntity*>{Spot}));
-	EXPECT_EQ(Library->GetEntities().Num(), 0);
-
-	// A second destroy without a library does nothing.
-	Spot->Name = TEXT("Gone");
-	Spot->Destroy();
-	EXPECT_TRUE(Spot->GetDisplayName().Equals(TEXT("Gone")));
-}
-
-TEST_F(DMXRuntimeLibrary, ReferencesResolveByCacheThenById)
-{
-	UDMXEntityFixtureType* Spot = CreateFixtureType(TEXT("Spot"), {MakeFunction(TEXT("Dimmer"), 1)});
-	UDMXEntityFixturePatch* Patch = CreatePatch(Spot, TEXT("Spot1"));
-	UDMXEntityFixturePatch* OtherPatch = CreatePatch(Spot, TEXT("Spot2"));
-
-	EXPECT_EQ(FDMXEntityFixtureTypeRef().GetEntityType().Get(), UDMXEntityFixtureType::StaticClass());
-	EXPECT_EQ(FDMXEntityFixtureTypeRef(nullptr).GetEntityType().Get(), nullptr);
-
-	FDMXEntityFixturePatchRef Ref(Patch);
-	EXPECT_EQ(Ref.DMXLibrary.Get(), Library);
-	EXPECT_EQ(Ref.GetFixturePatch(), Patch);
-	EXPECT_TRUE(Ref == FDMXEntityFixturePatchRef(Patch));
-	EXPECT_TRUE(Ref != FDMXEntityFixturePatchRef(OtherPatch));
-
-	// A destroyed patch that still lives is found through the cache.
-	UDMXEntityFixturePatch::RemoveFixturePatchFromLibrary(Ref);
-	EXPECT_EQ(Ref.GetFixturePatch(), Patch);
-
-	// Without a live cached entity the id is looked up, filtered by the entity class.
-	FDMXEntityFixtureTypeRef TypeRef(Spot);
-	FDMXEntityFixtureTypeRef OtherTypeRef(Spot);
-	Library->UnregisterEntity(Spot);
-	Spot->MarkAsGarbage();
-	EXPECT_EQ(TypeRef.GetFixtureType(), nullptr);
-	OtherPatch->ReplicateID(Spot);
-	EXPECT_EQ(TypeRef.GetFixtureType(), nullptr);
-
-	UDMXEntityFixtureType* Twin = CreateFixtureType(TEXT("Twin"));
-	Twin->ReplicateID(Spot);
-	OtherPatch->RefreshID();
-	EXPECT_EQ(OtherTypeRef.GetFixtureType(), Twin);
+	// A removed entity frees its name.
+	UDMXEntityFixturePatch::RemoveFixturePatchFromLibrary(Spot);
+	EXPECT_TRUE(FDMXRuntimeUtils::FindUniqueEntityName(Library, UDMXEntityFixturePatch::StaticClass(), TEXT("Spot")).Equals(TEXT("Spot")));
 }

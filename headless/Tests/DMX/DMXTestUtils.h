@@ -1,10 +1,8 @@
-// Shared set-up of the DMX runtime tests: a library in a package, fixture type and patch helpers,
-// and an undo transaction to record and revert changes.
+// Shared set-up of the DMX runtime tests: a library in a package, fixture type and patch helpers.
 #pragma once
 
 #include <gtest/gtest.h>
 #include "CoreMinimal.h"
-#include "Editor/TransBuffer.h"
 #include "Library/DMXEntityFixturePatch.h"
 #include "Library/DMXEntityFixtureType.h"
 #include "Library/DMXLibrary.h"
@@ -14,44 +12,7 @@
 
 namespace DMXRuntimeTests
 {
-	// Opens an editor undo transaction as GUndo for the duration of a test step, and applies it the way
-	// the editor's undo and redo do. Lets a test check that SerializeHeadlessState covers the state an
-	// operation changes and that PostEditUndo refreshes what derives from it.
-	class FDMXTestTransaction
-	{
-	public:
-		FDMXTestTransaction()
-			: Transaction(FString(), FText::FromString(TEXT("DMX test")), nullptr)
-			, Previous(GUndo)
-		{
-			GUndo = &Transaction;
-		}
-		~FDMXTestTransaction() { Close(); }
-		FDMXTestTransaction(const FDMXTestTransaction&) = delete;
-		FDMXTestTransaction& operator=(const FDMXTestTransaction&) = delete;
-
-		void Close()
-		{
-			if (GUndo == &Transaction)
-			{
-				GUndo = Previous;
-			}
-		}
-
-		void Apply(bool bUndo)
-		{
-			Close();
-			GIsTransacting = true;
-			Transaction.Apply(bUndo);
-			GIsTransacting = false;
-		}
-
-		bool Contains(const UObject* Object) const { return Transaction.ContainsObject(Object); }
-
-	private:
-		FTransaction Transaction;
-		ITransaction* Previous;
-	};
+	using EFormat = EDMXFixtureSignalFormat;
 
 	class FDMXTestBase : public ::testing::Test
 	{
@@ -60,13 +21,10 @@ namespace DMXRuntimeTests
 		{
 			Package = CreatePackage(TEXT("/Game/DMXTest"));
 			Library = NewObject<UDMXLibrary>(Package, FName(TEXT("DMXTest")), RF_Public | RF_Transactional);
-			ASSERT_NE(Library, nullptr);
 		}
-
 		void TearDown() override { FHeadlessObjectRegistry::Get().DestroyAll(); }
 
-		static FDMXFixtureFunction MakeFunction(const TCHAR* Attribute, int32 Channel, EDMXFixtureSignalFormat DataType = EDMXFixtureSignalFormat::E8Bit,
-			int64 DefaultValue = 0)
+		static FDMXFixtureFunction MakeFunction(const TCHAR* Attribute, int32 Channel, EFormat DataType = EFormat::E8Bit, int64 DefaultValue = 0)
 		{
 			FDMXFixtureFunction Function;
 			Function.Attribute = FName(Attribute);
@@ -77,7 +35,7 @@ namespace DMXRuntimeTests
 			return Function;
 		}
 
-		// A fixture type with one mode holding the functions as given (no alignment).
+		// A fixture type with one mode "Mode" holding the functions as given (not aligned), span updated.
 		UDMXEntityFixtureType* CreateFixtureType(const TCHAR* Name, TArray<FDMXFixtureFunction> Functions = {})
 		{
 			FDMXEntityFixtureTypeConstructionParams Params;
@@ -87,10 +45,7 @@ namespace DMXRuntimeTests
 			Mode.Functions = Functions;
 			Params.Modes.Add(Mode);
 			UDMXEntityFixtureType* FixtureType = UDMXEntityFixtureType::CreateFixtureTypeInLibrary(Params, Name);
-			if (FixtureType)
-			{
-				FixtureType->UpdateChannelSpan(0);
-			}
+			FixtureType->UpdateChannelSpan(0);
 			return FixtureType;
 		}
 
