@@ -1,6 +1,6 @@
-// The byte format that kest_fuzz turns into Lua calls, shared by the fuzzer (which reads it) and the
-// seed corpus writer (which writes it). Every byte string is a valid program: a byte that runs out
-// reads as 0, and every choice is taken modulo the number of choices.
+// The byte format that kest_fuzz turns into Lua calls. Every byte string is a valid program: a byte
+// that runs out reads as 0, and every choice is taken modulo the number of choices. The inputs of
+// fuzz/corpus and the entries of fuzz/dmx.dict are written in it.
 //
 // Program: up to MaxStatements statements, each starting with an operation byte (DecodeOp).
 //   call global:  op, global, form, argc, [self value when form is SelfValue], args...
@@ -48,21 +48,6 @@ namespace KestFuzz
 		}
 		return Choice == 14 ? EOp::CollectGarbage : EOp::MemoryHeadroom;
 	}
-	// The byte the seed writer uses for each operation.
-	inline uint8_t EncodeOp(EOp Op)
-	{
-		switch (Op)
-		{
-		case EOp::CallGlobal: return 0;
-		case EOp::CallMethod: return 3;
-		case EOp::Undo: return 12;
-		case EOp::Redo: return 13;
-		case EOp::CollectGarbage: return 14;
-		case EOp::MemoryHeadroom: return 15;
-		}
-		return 0;
-	}
-
 	// How the function is called.
 	enum class ECallForm : uint8_t
 	{

@@ -8,9 +8,6 @@
 // Anything else is printed and ends the process with abort(), so that libFuzzer keeps the input.
 // The sanitizers report memory and undefined-behaviour faults on their own.
 //
-// Extra flags (read before libFuzzer's own):
-//   -kest_write_seeds=DIR   write the seed corpus into DIR and exit
-//   -kest_write_dict=FILE   write the dictionary into FILE and exit
 // A summary of what was called and which error kinds were seen is printed at exit.
 
 #include <cmath>
@@ -22,7 +19,6 @@
 #include <vector>
 
 #include "DMXFuzzFormat.h"
-#include "DMXFuzzSeeds.h"
 #include "Editor.h"
 #include "Editor/TransBuffer.h"
 #include "KestDMXRunner.h"
@@ -1315,20 +1311,6 @@ assert(dmx_component("Rig"):add({ name = "DMX3", library = "/Game/DMX/Other", fi
 
 extern "C" int LLVMFuzzerInitialize(int* Argc, char*** Argv)
 {
-	const char SeedsFlag[] = "-kest_write_seeds=";
-	const char DictionaryFlag[] = "-kest_write_dict=";
-	for (int Index = 1; Index < *Argc; ++Index)
-	{
-		const char* Arg = (*Argv)[Index];
-		if (std::strncmp(Arg, SeedsFlag, sizeof(SeedsFlag) - 1) == 0)
-		{
-			std::exit(WriteKestFuzzSeedCorpus(Arg + sizeof(SeedsFlag) - 1) ? 0 : 1);
-		}
-		if (std::strncmp(Arg, DictionaryFlag, sizeof(DictionaryFlag) - 1) == 0)
-		{
-			std::exit(WriteKestFuzzDictionary(Arg + sizeof(DictionaryFlag) - 1) ? 0 : 1);
-		}
-	}
 	std::atexit(&PrintSummary);
 	return 0;
 }
