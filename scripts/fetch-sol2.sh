@@ -3,7 +3,7 @@
 # header, unmodified, inside the package satdump-data. This script downloads that one package
 # through a private apt configuration that reuses the mirror this machine already uses, checks
 # the version line, copies sol.hpp and config.hpp into .deps/sol2/sol (ignored by git) and makes
-# the one change to sol.hpp described at patch_sol2 below.
+# the two changes to sol.hpp described at patch_sol2 and fix_argument_error below.
 set -euo pipefail
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -96,8 +96,29 @@ LINES
 	fi
 }
 
+# sol2 v3.3.0 formats an argument error whose check gave no message of its own (a string, number
+# or boolean argument of the wrong type) with "...received %s: %s" but passes the empty message to
+# that last %s, so the "(bad argument into '<signature>')" addendum is lost and the error ends in
+# ": ". The addendum is passed there instead, as every other argument error carries it.
+fix_argument_error() {
+	local file="$1" line=9558
+	local old='lua_pushfstring(L, err, index, type_name, actual_name.c_str(), message.data(), aux_message.data());'
+	local new='lua_pushfstring(L, err, index, type_name, actual_name.c_str(), message.size() == 0 ? aux_message.data() : message.data(), aux_message.data());'
+	local text
+	text=$(sed -n "${line}p" "$file")
+	case "$text" in
+	*"$new"*) ;;
+	*"$old"*) sed -i "${line}s/message\.data(), aux_message\.data());/message.size() == 0 ? aux_message.data() : message.data(), aux_message.data());/" "$file" ;;
+	*)
+		echo "fetch-sol2: line $line of $file is not the argument error's lua_pushfstring" >&2
+		return 1
+		;;
+	esac
+}
+
 if [ -f "$dest/sol.hpp" ] && grep -q "generated with $want" "$dest/sol.hpp"; then
 	patch_sol2 "$dest/sol.hpp"
+	fix_argument_error "$dest/sol.hpp"
 	exit 0
 fi
 
@@ -149,6 +170,7 @@ if ! grep -q "generated with $want" "$src/sol.hpp"; then
 	exit 1
 fi
 patch_sol2 "$src/sol.hpp"
+fix_argument_error "$src/sol.hpp"
 mkdir -p "$dest"
 cp "$src/sol.hpp" "$src/config.hpp" "$dest/"
 echo "fetch-sol2: installed $want into $dest"

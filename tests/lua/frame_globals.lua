@@ -11,6 +11,18 @@ expect_error("stack index 1, expected string, received nil", dmx_component, nil)
 expect_error("stack index 1, expected table, received string", dmx_library("/Game/Nope").add, "fixture_type", {})
 expect_error("stack index 1, expected table, received string", dmx_library("/Game/Nope").remove, "fixture_type", "x")
 expect_error("attempt to call a nil value (global 'nope')", function() nope() end)
+-- Every argument error, whichever check refused it, ends with the binding's signature.
+for _, call in ipairs({
+	function() return dmx_library(5) end,
+	function() return dmx_component(nil) end,
+	function() return dmx_library("/Game/Nope"):remove("fixture_type", 7) end,
+	function() return dmx_library("/Game/Nope"):add("fixture_type", 7) end,
+	function() return dmx_subsystem():int_to_bytes(1, "8bit", nil) end,
+	function() return dmx_subsystem():int_to_bytes(2.5, "8bit", false) end,
+}) do
+	local ok, err = pcall(call)
+	assert(not ok and err:match("^stack index %d+, expected %a+, received [%a ]+: .*%(bad argument into '.+%)'%)$"), err)
+end
 
 -- An unresolved path still answers a fresh handle, echoing the exact bytes given.
 local odd = "/Game/\0weird\255"
