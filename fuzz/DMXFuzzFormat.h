@@ -116,7 +116,6 @@ namespace KestFuzz
 
 	constexpr int MaxStatements = 48;
 	constexpr int MaxDepth = 6;
-	constexpr int MaxHugeCount = 65535;
 	constexpr int MaxHugeTables = 64;
 	constexpr int MaxDeepChain = 255 * 16;
 	constexpr int MaxArgs = 6;
@@ -188,9 +187,17 @@ namespace KestFuzz
 	constexpr uint8_t FreeArgsFlag = 0x80;
 	constexpr uint8_t TypedEscape = 15;
 
-	inline const char* const GlobalNames[] = {"dmx_library", "dmx_component", "dmx_subsystem"};
-	// The arguments each global takes, in the letters of typed mode.
-	inline const char* const GlobalSignatures[] = {"s", "s", ""};
+	// A function a program calls: its name, its arguments (after the handle, for a method) in the
+	// letters of typed mode, and the answer it gives: h a handle, r a record with "valid", o nil or
+	// records and lists, B a boolean, y a byte table, i an integer, f a float.
+	struct FCallTarget
+	{
+		const char* Name;
+		const char* Signature;
+		char Answer;
+	};
+	// The global a byte picks (mod 3); each answers a handle of the EHandleKind of the same index.
+	inline const FCallTarget Globals[] = {{"dmx_library", "s", 'h'}, {"dmx_component", "s", 'h'}, {"dmx_subsystem", "", 'h'}};
 
 	enum class EHandleKind : uint8_t
 	{
@@ -198,16 +205,21 @@ namespace KestFuzz
 		Component,
 		Subsystem,
 	};
-	inline const char* const LibraryMethods[] = {"info", "add", "configure", "remove"};
-	inline const char* const ComponentMethods[] = {"info", "add", "configure"};
-	inline const char* const SubsystemMethods[] = {"int_to_bytes", "bytes_to_int", "normalized_to_bytes", "bytes_to_normalized"};
-	// The arguments of each method after the handle.
-	inline const char* const LibrarySignatures[] = {"", "st", "sst", "ss"};
-	inline const char* const ComponentSignatures[] = {"", "t", "st"};
-	inline const char* const SubsystemSignatures[] = {"isb", "yb", "nsb", "yb"};
+	// The methods of each kind of handle, one picked by a byte (mod Count).
+	struct FHandleMethods
+	{
+		const char* KindName;
+		int Count;
+		FCallTarget Methods[4];
+	};
+	inline const FHandleMethods HandleMethods[] = {
+		{"library", 4, {{"info", "", 'r'}, {"add", "st", 'o'}, {"configure", "sst", 'B'}, {"remove", "ss", 'B'}}},
+		{"component", 3, {{"info", "", 'r'}, {"add", "t", 'o'}, {"configure", "st", 'o'}}},
+		{"subsystem", 4, {{"int_to_bytes", "isb", 'y'}, {"bytes_to_int", "yb", 'i'}, {"normalized_to_bytes", "nsb", 'y'}, {"bytes_to_normalized", "yb", 'f'}}},
+	};
 
-	// The handles every program starts with, slots 0 to NumInitialHandles - 1; handles answered by
-	// the program's own global calls follow, up to MaxHandles.
+	// The handles every program starts with, in slots from 0 on; handles answered by the program's
+	// own global calls follow, up to MaxHandles.
 	struct FInitialHandle
 	{
 		EHandleKind Kind;
@@ -224,7 +236,6 @@ namespace KestFuzz
 		{EHandleKind::Component, "Missing"},
 		{EHandleKind::Subsystem, nullptr},
 	};
-	constexpr int NumInitialHandles = static_cast<int>(sizeof(InitialHandles) / sizeof(InitialHandles[0]));
 	constexpr int MaxHandles = 32;
 
 	// Extra room the Lua allocator grants during a call, in bytes; 0 means no limit.

@@ -10,12 +10,16 @@
 //
 // A summary of what was called and which error kinds were seen is printed at exit.
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "DMXFuzzFormat.h"
@@ -35,14 +39,12 @@ namespace
 		size_t Used = 0;
 		size_t Limit = SIZE_MAX;
 	};
+	FFuzzAllocator* ActiveAllocator = nullptr;
 
 	void* FuzzAllocate(void* UserData, void* Block, size_t OldSize, size_t NewSize)
 	{
 		FFuzzAllocator& Allocator = *static_cast<FFuzzAllocator*>(UserData);
-		if (Block == nullptr)
-		{
-			OldSize = 0;
-		}
+		OldSize = Block == nullptr ? 0 : OldSize;
 		if (NewSize == 0)
 		{
 			std::free(Block);
@@ -54,10 +56,7 @@ namespace
 			return nullptr;
 		}
 		void* Resized = std::realloc(Block, NewSize);
-		if (Resized != nullptr)
-		{
-			Allocator.Used = Allocator.Used - OldSize + NewSize;
-		}
+		Allocator.Used = Resized != nullptr ? Allocator.Used - OldSize + NewSize : Allocator.Used;
 		return Resized;
 	}
 
@@ -72,37 +71,27 @@ namespace
 		Count,
 	};
 	const char* const OutcomeNames[] = {"answered", "argument error", "byte-table float error", "raised table", "raised string", "not enough memory"};
+	const char* const FormNames[] = {"colon", "dot", "self value", "coroutine"};
 
 	const char ByteFloatMessage[] = "stack index -1, expected number, received number: not a numeric type that fits exactly an integer (number maybe has significant decimals)";
 	const char UniqueErrorText[] = "kest_fuzz: the error a script metamethod raised";
 
+	using FCount = unsigned long long;
 	struct FFuzzStats
 	{
-		uint64_t Inputs = 0;
-		uint64_t Statements = 0;
-		uint64_t Calls = 0;
-		uint64_t ReentrantCalls = 0;
-		uint64_t Undos = 0;
-		uint64_t Redos = 0;
-		uint64_t LimitedCalls = 0;
-		std::map<std::string, uint64_t> CallsByTarget;
-		uint64_t CallsByForm[static_cast<int>(ECallForm::Count)] = {};
-		uint64_t Outcomes[static_cast<int>(EOutcome::Count)] = {};
+		FCount Inputs = 0, Statements = 0, Calls = 0, ReentrantCalls = 0, Undos = 0, Redos = 0, LimitedCalls = 0;
+		std::map<std::string, FCount> CallsByTarget;
+		FCount CallsByForm[static_cast<int>(ECallForm::Count)] = {};
+		FCount Outcomes[static_cast<int>(EOutcome::Count)] = {};
 		// Error kinds: the outcome, and for sol2's messages the text before the first ':'.
-		std::map<std::string, uint64_t> ErrorKinds;
+		std::map<std::string, FCount> ErrorKinds;
 	};
 	FFuzzStats Stats;
 
 	void CountErrorKind(const std::string& Kind)
 	{
-		if (Stats.ErrorKinds.size() < 400 || Stats.ErrorKinds.count(Kind) != 0)
-		{
-			++Stats.ErrorKinds[Kind];
-		}
-		else
-		{
-			++Stats.ErrorKinds["(other kinds)"];
-		}
+		const bool bRoom = Stats.ErrorKinds.size() < 400 || Stats.ErrorKinds.count(Kind) != 0;
+		++Stats.ErrorKinds[bRoom ? Kind : "(other kinds)"];
 	}
 
 	void PrintSummary()
@@ -111,30 +100,26 @@ namespace
 		{
 			return;
 		}
-		std::fprintf(stderr, "\n== kest_fuzz summary ==\ninputs %llu, statements %llu, calls %llu, reentrant calls %llu, undo %llu, redo %llu, calls under a memory ceiling %llu\n",
-			static_cast<unsigned long long>(Stats.Inputs), static_cast<unsigned long long>(Stats.Statements), static_cast<unsigned long long>(Stats.Calls),
-			static_cast<unsigned long long>(Stats.ReentrantCalls), static_cast<unsigned long long>(Stats.Undos), static_cast<unsigned long long>(Stats.Redos),
-			static_cast<unsigned long long>(Stats.LimitedCalls));
-		std::fprintf(stderr, "calls by target:\n");
+		std::fprintf(stderr, "\n== kest_fuzz summary ==\ninputs %llu, statements %llu, calls %llu, reentrant calls %llu, undo %llu, redo %llu, calls under a memory ceiling %llu\ncalls by target:\n",
+			Stats.Inputs, Stats.Statements, Stats.Calls, Stats.ReentrantCalls, Stats.Undos, Stats.Redos, Stats.LimitedCalls);
 		for (const auto& [Target, Count] : Stats.CallsByTarget)
 		{
-			std::fprintf(stderr, "  %-36s %llu\n", Target.c_str(), static_cast<unsigned long long>(Count));
+			std::fprintf(stderr, "  %-36s %llu\n", Target.c_str(), Count);
 		}
-		const char* const FormNames[] = {"colon", "dot", "self value", "coroutine"};
-		std::fprintf(stderr, "calls by form:");
-		for (int Form = 0; Form < static_cast<int>(ECallForm::Count); ++Form)
+		const auto PrintCounts = [](const char* Title, const char* const* Names, const FCount* Counts, int Num)
 		{
-			std::fprintf(stderr, " %s %llu;", FormNames[Form], static_cast<unsigned long long>(Stats.CallsByForm[Form]));
-		}
-		std::fprintf(stderr, "\noutcomes:");
-		for (int Outcome = 0; Outcome < static_cast<int>(EOutcome::Count); ++Outcome)
-		{
-			std::fprintf(stderr, " %s %llu;", OutcomeNames[Outcome], static_cast<unsigned long long>(Stats.Outcomes[Outcome]));
-		}
+			std::fprintf(stderr, "%s", Title);
+			for (int Index = 0; Index < Num; ++Index)
+			{
+				std::fprintf(stderr, " %s %llu;", Names[Index], Counts[Index]);
+			}
+		};
+		PrintCounts("calls by form:", FormNames, Stats.CallsByForm, static_cast<int>(ECallForm::Count));
+		PrintCounts("\noutcomes:", OutcomeNames, Stats.Outcomes, static_cast<int>(EOutcome::Count));
 		std::fprintf(stderr, "\ndistinct error kinds: %zu\n", Stats.ErrorKinds.size());
 		for (const auto& [Kind, Count] : Stats.ErrorKinds)
 		{
-			std::fprintf(stderr, "  %8llu  %s\n", static_cast<unsigned long long>(Count), Kind.c_str());
+			std::fprintf(stderr, "  %8llu  %s\n", Count, Kind.c_str());
 		}
 	}
 
@@ -158,80 +143,128 @@ namespace
 		}
 	};
 
-	// ---- Metamethods and functions the program's values carry ----
+	std::string ToBytes(lua_State* S, int Index)
+	{
+		size_t Length = 0;
+		const char* Text = lua_tolstring(S, Index, &Length);
+		return std::string(Text, Length);
+	}
+
+	// ---- Functions the program's values carry ----
 
 	int DoNothing(lua_State* L)
 	{
 		return 0;
 	}
 
-	int AnswerUpvalue(lua_State* L)
-	{
-		lua_pushvalue(L, lua_upvalueindex(1));
-		return 1;
-	}
-
-	int RaiseUpvalue(lua_State* L)
-	{
-		lua_pushvalue(L, lua_upvalueindex(1));
-		return lua_error(L);
-	}
-
-	// Upvalues: key, error value, answer.
-	int RaiseOnKey(lua_State* L)
-	{
-		if (lua_rawequal(L, 2, lua_upvalueindex(1)))
-		{
-			lua_pushvalue(L, lua_upvalueindex(2));
-			return lua_error(L);
-		}
-		lua_pushvalue(L, lua_upvalueindex(3));
-		return 1;
-	}
-
-	int CollectAndAnswer(lua_State* L)
-	{
-		lua_gc(L, LUA_GCCOLLECT);
-		lua_pushvalue(L, lua_upvalueindex(1));
-		return 1;
-	}
-
 	int ReentrantBudget = 0;
-	FFuzzAllocator* ActiveAllocator = nullptr;
 
-	// Upvalues: answer, callee, its arguments. Calls the module while the module is reading a
-	// params table; an error of the inner call travels out through the outer one.
-	int CallModuleAndAnswer(lua_State* L)
+	// Calls the module while the module is reading a params table: the callee and its arguments are
+	// the upvalues from 3 on. An error of the inner call travels out through the outer one.
+	void CallModule(lua_State* L)
 	{
-		if (ReentrantBudget > 0)
+		--ReentrantBudget;
+		++Stats.ReentrantCalls;
+		int NumArgs = 0;
+		while (NumArgs < 250 && lua_type(L, lua_upvalueindex(4 + NumArgs)) != LUA_TNONE)
 		{
-			--ReentrantBudget;
-			++Stats.ReentrantCalls;
-			int NumArgs = 0;
-			while (NumArgs < 250 && lua_type(L, lua_upvalueindex(3 + NumArgs)) != LUA_TNONE)
+			++NumArgs;
+		}
+		luaL_checkstack(L, NumArgs + 2, "kest_fuzz reentrant call");
+		const int Top = lua_gettop(L);
+		for (int Index = 0; Index <= NumArgs; ++Index)
+		{
+			lua_pushvalue(L, lua_upvalueindex(3 + Index));
+		}
+		// The inner call's arguments are not known to pass sol2's checks, and sol2 cannot raise its
+		// argument error when Lua is out of memory (see the memory ceiling in RunCall).
+		const size_t Limit = ActiveAllocator->Limit;
+		ActiveAllocator->Limit = SIZE_MAX;
+		lua_call(L, NumArgs, 0);
+		ActiveAllocator->Limit = Limit;
+		if (lua_gettop(L) != Top)
+		{
+			std::fprintf(stderr, "kest_fuzz: a reentrant call left the stack at %d instead of %d\n", lua_gettop(L), Top);
+			std::abort();
+		}
+	}
+
+	// The __index of a script metatable. Upvalues: the EMetaVariant, the value answered or raised,
+	// then for RaiseOnKey the key that raises and the answer for other keys, for Reentrant the callee
+	// and its arguments.
+	int ScriptIndex(lua_State* L)
+	{
+		const EMetaVariant Variant = static_cast<EMetaVariant>(lua_tointeger(L, lua_upvalueindex(1)));
+		if (Variant == EMetaVariant::Collect)
+		{
+			lua_gc(L, LUA_GCCOLLECT);
+		}
+		else if (Variant == EMetaVariant::Reentrant && ReentrantBudget > 0)
+		{
+			CallModule(L);
+		}
+		const bool bOtherKey = Variant == EMetaVariant::RaiseOnKey && !lua_rawequal(L, 2, lua_upvalueindex(3));
+		const bool bRaise = !bOtherKey && (Variant == EMetaVariant::RaiseTable || Variant == EMetaVariant::RaiseString || Variant == EMetaVariant::RaiseOnKey);
+		lua_pushvalue(L, lua_upvalueindex(bOtherKey ? 4 : 2));
+		return bRaise ? lua_error(L) : 1;
+	}
+
+	bool HoldsFloat(lua_State* S, int Table)
+	{
+		bool bFloat = false;
+		lua_pushnil(S);
+		while (lua_next(S, Table) != 0)
+		{
+			bFloat = bFloat || (lua_type(S, -1) == LUA_TNUMBER && !lua_isinteger(S, -1));
+			lua_pop(S, 1);
+		}
+		return bFloat;
+	}
+
+	// Whether sol2's argument checks let the call through (letters of typed mode, t for the handle).
+	// sol2 formats its argument error (and the byte-table float error) in a noexcept function, which
+	// ends the process when Lua runs out of memory there; so the memory ceiling is only applied to
+	// calls that pass the checks.
+	bool PassesArgumentChecks(const std::string& Signature, int FirstArg, int NumArgs, lua_State* S)
+	{
+		if (NumArgs < static_cast<int>(Signature.size()))
+		{
+			return false;
+		}
+		for (size_t Param = 0; Param < Signature.size(); ++Param)
+		{
+			const int Index = FirstArg + static_cast<int>(Param);
+			const int Type = lua_type(S, Index);
+			bool bPasses = Type == LUA_TTABLE || Type == LUA_TUSERDATA; // t, L and M
+			switch (Signature[Param])
 			{
-				++NumArgs;
+			case 's': bPasses = Type == LUA_TSTRING; break;
+			case 'i': bPasses = lua_isinteger(S, Index) != 0; break;
+			case 'n': bPasses = Type == LUA_TNUMBER; break;
+			case 'b': bPasses = Type == LUA_TBOOLEAN; break;
+			case 'y': bPasses = Type == LUA_TUSERDATA || (Type == LUA_TTABLE && !HoldsFloat(S, Index)); break;
+			default: break;
 			}
-			luaL_checkstack(L, NumArgs + 2, "kest_fuzz reentrant call");
-			const int Top = lua_gettop(L);
-			for (int Index = 0; Index <= NumArgs; ++Index)
+			if (!bPasses)
 			{
-				lua_pushvalue(L, lua_upvalueindex(2 + Index));
-			}
-			// The inner call's arguments are not known to pass sol2's checks, and sol2 cannot raise
-			// its argument error when Lua is out of memory (see the memory ceiling in RunCall).
-			const size_t Limit = ActiveAllocator->Limit;
-			ActiveAllocator->Limit = SIZE_MAX;
-			lua_call(L, NumArgs, 0);
-			ActiveAllocator->Limit = Limit;
-			if (lua_gettop(L) != Top)
-			{
-				std::fprintf(stderr, "kest_fuzz: a reentrant call left the stack at %d instead of %d\n", lua_gettop(L), Top);
-				std::abort();
+				return false;
 			}
 		}
-		lua_pushvalue(L, lua_upvalueindex(1));
-		return 1;
+		return true;
+	}
+
+	// "stack index N, expected T, received U", with a userdata's __name text shown as such.
+	std::string DescribeArgumentError(const std::string& Message)
+	{
+		const std::string Head = Message.substr(0, Message.find(':'));
+		const size_t Received = Head.find(", received ");
+		if (Received == std::string::npos)
+		{
+			return Head;
+		}
+		const char* const TypeNames[] = {"no value", "nil", "boolean", "number", "string", "table", "function", "userdata", "thread", "lightuserdata"};
+		const bool bTypeName = std::find(std::begin(TypeNames), std::end(TypeNames), Head.substr(Received + 11)) != std::end(TypeNames);
+		return bTypeName ? Head : Head.substr(0, Received) + ", received a userdata's __name";
 	}
 
 	struct FHandleSlot
@@ -240,30 +273,10 @@ namespace
 		EHandleKind Kind = EHandleKind::Library;
 	};
 
-	// The method a choice byte picks on a handle of the kind, and its arguments after the handle.
-	const char* GetMethodName(EHandleKind Kind, uint8_t Choice, const char*& OutSignature)
-	{
-		switch (Kind)
-		{
-		case EHandleKind::Library:
-			OutSignature = LibrarySignatures[Choice % 4];
-			return LibraryMethods[Choice % 4];
-		case EHandleKind::Component:
-			OutSignature = ComponentSignatures[Choice % 3];
-			return ComponentMethods[Choice % 3];
-		case EHandleKind::Subsystem:
-			OutSignature = SubsystemSignatures[Choice % 4];
-			return SubsystemMethods[Choice % 4];
-		}
-		OutSignature = "";
-		return "info";
-	}
-
 	// One input being run.
 	struct FProgram
 	{
 		lua_State* L = nullptr;
-		FFuzzAllocator* Allocator = nullptr;
 		FInputReader In;
 		std::vector<FHandleSlot> Handles;
 		int ErrorTableRef = LUA_NOREF;
@@ -273,163 +286,163 @@ namespace
 		int StatementIndex = 0;
 		std::string CurrentCall;
 
-		[[noreturn]] void Fail(const char* What, const std::string& Detail)
+		void Check(bool bHolds, const char* What, std::string_view Detail = {})
 		{
-			std::fprintf(stderr, "\n==== kest_fuzz oracle violation ====\nstatement %d: %s\n%s\n%s\n", StatementIndex, CurrentCall.c_str(), What, Detail.c_str());
-			std::abort();
-		}
-
-		void PushErrorTable() { lua_rawgeti(L, LUA_REGISTRYINDEX, ErrorTableRef); }
-		void PushErrorString() { lua_rawgeti(L, LUA_REGISTRYINDEX, ErrorStringRef); }
-
-		void PushHandle(int Slot)
-		{
-			lua_rawgeti(L, LUA_REGISTRYINDEX, Handles[static_cast<size_t>(Slot) % Handles.size()].Ref);
-		}
-
-		// Pushes the function a (sub-)call calls and, for a method, its handle after it; answers the
-		// number of values pushed after the function (the caller pops the handle for the dot form).
-		int PushCallee(bool bGlobal, std::string& OutName, const char** OutSignature = nullptr)
-		{
-			const char* Signature = "";
-			if (OutSignature == nullptr)
+			if (!bHolds)
 			{
-				OutSignature = &Signature;
+				std::fprintf(stderr, "\n==== kest_fuzz oracle violation ====\nstatement %d: %s\n%s\n%.*s\n", StatementIndex, CurrentCall.c_str(), What, static_cast<int>(Detail.size()), Detail.data());
+				std::abort();
 			}
+		}
+
+		void PushRef(int Ref) { lua_rawgeti(L, LUA_REGISTRYINDEX, Ref); }
+		void PushHandle(int Slot) { PushRef(Handles[static_cast<size_t>(Slot) % Handles.size()].Ref); }
+
+		// Reads a callee and pushes its function and, for a method, its handle after it.
+		const FCallTarget& PushCallee(bool bGlobal, std::string& OutName)
+		{
 			if (bGlobal)
 			{
-				const int Global = In.Byte() % 3;
-				OutName = GlobalNames[Global];
-				*OutSignature = GlobalSignatures[Global];
-				lua_getglobal(L, GlobalNames[Global]);
-				return 0;
+				const FCallTarget& Global = Globals[In.Byte() % std::size(Globals)];
+				OutName = Global.Name;
+				lua_getglobal(L, Global.Name);
+				return Global;
 			}
-			const size_t Slot = In.Byte() % Handles.size();
-			const FHandleSlot& Handle = Handles[Slot];
-			const char* Method = GetMethodName(Handle.Kind, In.Byte(), *OutSignature);
-			const char* const KindNames[] = {"library", "component", "subsystem"};
-			OutName = std::string(KindNames[static_cast<int>(Handle.Kind)]) + ":" + Method;
-			lua_rawgeti(L, LUA_REGISTRYINDEX, Handle.Ref);
-			lua_getfield(L, -1, Method);
+			const FHandleSlot& Handle = Handles[In.Byte() % Handles.size()];
+			const FHandleMethods& Kind = HandleMethods[static_cast<int>(Handle.Kind)];
+			const FCallTarget& Method = Kind.Methods[In.Byte() % Kind.Count];
+			OutName = std::string(Kind.KindName) + ":" + Method.Name;
+			PushRef(Handle.Ref);
+			lua_getfield(L, -1, Method.Name);
 			lua_insert(L, -2);
-			return 1;
+			return Method;
 		}
 
-		void PushWord(uint8_t Choice)
-		{
-			lua_pushstring(L, Words[Choice % NumWords]);
-		}
+		// ---- Values ----
 
-		void ReadRawStringPayload(std::string& Out)
+		void PushValue(int Depth)
 		{
-			const int Length = In.Byte();
-			for (int Index = 0; Index < Length; ++Index)
+			Check(lua_checkstack(L, 16) != 0, "harness: the Lua stack cannot grow");
+			if (Depth > MaxDepth || --ValueBudget < 0)
 			{
-				Out.push_back(static_cast<char>(In.Byte()));
+				lua_pushnil(L);
+				return;
 			}
+			PushTagged(static_cast<EValueTag>(In.Byte() % static_cast<int>(EValueTag::Count)), Depth);
 		}
 
-		// Reads (key index, value) pairs into the table at TableIndex.
-		void ReadParamsInto(int TableIndex, int Depth)
+		void PushList(char ItemKind, int Depth)
 		{
 			const int Count = In.Byte() % 16;
-			for (int Entry = 0; Entry < Count; ++Entry)
+			lua_createtable(L, Count, 0);
+			for (int Index = 1; Index <= Count; ++Index)
 			{
-				lua_pushstring(L, Keys[In.Byte() % NumKeys]);
-				PushValue(Depth + 1);
-				lua_rawset(L, TableIndex);
+				PushTyped(ItemKind, Depth + 1);
+				lua_rawseti(L, -2, Index);
 			}
 		}
 
-		void PushReentrantCall(int Depth)
+		// Reads (key index, value) pairs into the table at Table; typed, each value of its key's kind.
+		void ReadParamsInto(int Table, int Depth, bool bTyped)
 		{
-			const int Argc = In.Byte() % 4;
-			const int Base = lua_gettop(L);
-			PushValue(Depth + 1);
-			const bool bGlobal = (In.Byte() % 2) == 0;
-			std::string Name;
-			const int HandleArgs = PushCallee(bGlobal, Name);
-			const bool bColon = (In.Byte() % 2) == 0;
-			if (HandleArgs == 1 && !bColon)
+			for (int Entry = In.Byte() % 16; Entry > 0; --Entry)
 			{
-				lua_pop(L, 1);
+				const int Key = In.Byte() % NumKeys;
+				lua_pushstring(L, Keys[Key]);
+				PushTyped(bTyped ? KeyKinds[Key] : 'v', Depth + 1);
+				lua_rawset(L, Table);
 			}
-			for (int Arg = 0; Arg < Argc; ++Arg)
-			{
-				PushValue(Depth + 1);
-			}
-			lua_pushcclosure(L, &CallModuleAndAnswer, lua_gettop(L) - Base);
 		}
 
-		// Pushes a metatable for the variant, or nothing (answers false).
-		bool PushMetatable(EMetaVariant Variant, int Depth)
+		// A userdata, or a table with params content, with the metatable of the variant read first.
+		void PushWithMetatable(bool bUserdata, int Depth, bool bTypedParams)
 		{
-			if (Variant == EMetaVariant::None)
+			const EMetaVariant Variant = static_cast<EMetaVariant>(In.Byte() % static_cast<int>(EMetaVariant::Count));
+			if (bUserdata)
 			{
-				return false;
+				std::memset(lua_newuserdatauv(L, 16, 1), 0xA5, 16);
 			}
-			lua_newtable(L);
-			const int Metatable = lua_gettop(L);
+			else
+			{
+				lua_newtable(L);
+			}
+			const int Object = lua_gettop(L);
+			if (Variant != EMetaVariant::None)
+			{
+				lua_newtable(L);
+				const char* Field = "__index";
+				if (Variant == EMetaVariant::IndexTable)
+				{
+					// Only a table: an __index of another type is the script's broken metatable, and
+					// Lua's own indexing error for it is not the module's.
+					PushValue(Depth + 1);
+					if (lua_type(L, -1) != LUA_TTABLE)
+					{
+						lua_pop(L, 1);
+						lua_newtable(L);
+					}
+				}
+				else if (Variant == EMetaVariant::OddName)
+				{
+					PushValue(Depth + 1);
+					lua_setfield(L, Object + 1, "__name");
+					lua_pushboolean(L, 0);
+					Field = "__metatable";
+				}
+				else
+				{
+					PushScriptIndex(Variant, Object + 2, Depth);
+				}
+				lua_setfield(L, Object + 1, Field);
+				lua_setmetatable(L, Object);
+			}
+			if (!bUserdata)
+			{
+				ReadParamsInto(Object, Depth, bTypedParams);
+			}
+		}
+
+		// Pushes the ScriptIndex closure of the variant, its upvalues from stack index First.
+		void PushScriptIndex(EMetaVariant Variant, int First, int Depth)
+		{
+			lua_pushinteger(L, static_cast<int>(Variant));
 			switch (Variant)
 			{
-			case EMetaVariant::IndexTable:
-				// Only a table: an __index of another type is the script's broken metatable, and Lua's
-				// own indexing error for it is not the module's.
-				PushValue(Depth + 1);
-				if (lua_type(L, -1) != LUA_TTABLE)
-				{
-					lua_pop(L, 1);
-					lua_newtable(L);
-				}
-				lua_setfield(L, Metatable, "__index");
-				break;
-			case EMetaVariant::IndexReturns:
-				PushValue(Depth + 1);
-				lua_pushcclosure(L, &AnswerUpvalue, 1);
-				lua_setfield(L, Metatable, "__index");
-				break;
-			case EMetaVariant::RaiseTable:
-				PushErrorTable();
-				lua_pushcclosure(L, &RaiseUpvalue, 1);
-				lua_setfield(L, Metatable, "__index");
-				break;
-			case EMetaVariant::RaiseString:
-				PushErrorString();
-				lua_pushcclosure(L, &RaiseUpvalue, 1);
-				lua_setfield(L, Metatable, "__index");
-				break;
+			case EMetaVariant::RaiseTable: PushRef(ErrorTableRef); break;
+			case EMetaVariant::RaiseString: PushRef(ErrorStringRef); break;
 			case EMetaVariant::RaiseOnKey:
+				PushRef(ErrorTableRef);
 				lua_pushstring(L, Keys[In.Byte() % NumKeys]);
-				PushErrorTable();
 				PushValue(Depth + 1);
-				lua_pushcclosure(L, &RaiseOnKey, 3);
-				lua_setfield(L, Metatable, "__index");
 				break;
 			case EMetaVariant::Reentrant:
-				PushReentrantCall(Depth);
-				lua_setfield(L, Metatable, "__index");
-				break;
-			case EMetaVariant::Collect:
+			{
+				// argc, answer, global or method, callee, colon or dot, arguments
+				const int Argc = In.Byte() % 4;
 				PushValue(Depth + 1);
-				lua_pushcclosure(L, &CollectAndAnswer, 1);
-				lua_setfield(L, Metatable, "__index");
-				break;
-			case EMetaVariant::OddName:
-				PushValue(Depth + 1);
-				lua_setfield(L, Metatable, "__name");
-				lua_pushboolean(L, 0);
-				lua_setfield(L, Metatable, "__metatable");
-				break;
-			default:
+				const bool bGlobal = In.Byte() % 2 == 0;
+				std::string Name;
+				PushCallee(bGlobal, Name);
+				const bool bDot = In.Byte() % 2 != 0;
+				if (bDot && !bGlobal)
+				{
+					lua_pop(L, 1);
+				}
+				for (int Arg = 0; Arg < Argc; ++Arg)
+				{
+					PushValue(Depth + 1);
+				}
 				break;
 			}
-			return true;
+			default: PushValue(Depth + 1); break;
+			}
+			lua_pushcclosure(L, &ScriptIndex, lua_gettop(L) - First + 1);
 		}
 
 		void PushHugeList(int Depth)
 		{
-			int Count = In.Byte();
-			Count |= In.Byte() << 8;
+			const int Low = In.Byte();
+			const int RawCount = Low | In.Byte() << 8;
 			const EHugeFill Fill = static_cast<EHugeFill>(In.Byte() % static_cast<int>(EHugeFill::Count));
 			lua_newtable(L);
 			const int List = lua_gettop(L);
@@ -441,10 +454,7 @@ namespace
 			// names uniquely among its siblings (quadratic): keep those lists to a size a script
 			// could mean.
 			const bool bTableEntries = Fill == EHugeFill::EmptyTables || (Fill == EHugeFill::Value && lua_type(L, -1) == LUA_TTABLE);
-			if (bTableEntries && Count > MaxHugeTables)
-			{
-				Count = MaxHugeTables;
-			}
+			const int Count = bTableEntries ? std::min(RawCount, MaxHugeTables) : RawCount;
 			for (int Index = 1; Index <= Count; ++Index)
 			{
 				switch (Fill)
@@ -453,7 +463,7 @@ namespace
 				case EHugeFill::Byte: lua_pushinteger(L, Index % 256); break;
 				case EHugeFill::HalfFloat: lua_pushnumber(L, Index + 0.5); break;
 				case EHugeFill::Value: lua_pushvalue(L, List + 1); break;
-				case EHugeFill::Words: PushWord(static_cast<uint8_t>(Index)); break;
+				case EHugeFill::Words: lua_pushstring(L, Words[static_cast<uint8_t>(Index) % NumWords]); break;
 				default: lua_newtable(L); break;
 				}
 				lua_rawseti(L, List, Index);
@@ -461,88 +471,46 @@ namespace
 			lua_settop(L, List);
 		}
 
-		void PushValue(int Depth)
+		// A value whose tag is known: reads only the tag's payload. Items: the kind of a List's items;
+		// Params and MetaTable content is typed unless it is 'v'.
+		void PushTagged(EValueTag Tag, int Depth, char Items = 'v')
 		{
-			if (!lua_checkstack(L, 16))
-			{
-				Fail("harness", "the Lua stack cannot grow");
-			}
-			if (Depth > MaxDepth || --ValueBudget < 0)
-			{
-				lua_pushnil(L);
-				return;
-			}
-			PushTagged(static_cast<EValueTag>(In.Byte() % static_cast<int>(EValueTag::Count)), Depth);
-		}
-
-		// A value whose tag is known: reads only the tag's payload.
-		void PushTagged(EValueTag Tag, int Depth)
-		{
+			using enum EValueTag;
 			switch (Tag)
 			{
-			case EValueTag::Nil:
-				lua_pushnil(L);
-				break;
-			case EValueTag::False:
-				lua_pushboolean(L, 0);
-				break;
-			case EValueTag::True:
-				lua_pushboolean(L, 1);
-				break;
-			case EValueTag::SmallInt:
-				lua_pushinteger(L, static_cast<int8_t>(In.Byte()));
-				break;
-			case EValueTag::EdgeInt:
-				lua_pushinteger(L, EdgeInts[In.Byte() % (sizeof(EdgeInts) / sizeof(EdgeInts[0]))]);
-				break;
-			case EValueTag::RawInt:
-				lua_pushinteger(L, static_cast<lua_Integer>(In.Bits64()));
-				break;
-			case EValueTag::EdgeFloat:
-				lua_pushnumber(L, EdgeFloats[In.Byte() % (sizeof(EdgeFloats) / sizeof(EdgeFloats[0]))]);
-				break;
-			case EValueTag::RawFloat:
+			case False:
+			case True: lua_pushboolean(L, Tag == True); break;
+			case SmallInt: lua_pushinteger(L, static_cast<int8_t>(In.Byte())); break;
+			case EdgeInt: lua_pushinteger(L, EdgeInts[In.Byte() % std::size(EdgeInts)]); break;
+			case RawInt: lua_pushinteger(L, static_cast<lua_Integer>(In.Bits64())); break;
+			case EdgeFloat: lua_pushnumber(L, EdgeFloats[In.Byte() % std::size(EdgeFloats)]); break;
+			case RawFloat: lua_pushnumber(L, std::bit_cast<double>(In.Bits64())); break;
+			case Word: lua_pushstring(L, Words[In.Byte() % NumWords]); break;
+			case RawString:
+			case WordWithTail:
+			case LongWord:
 			{
-				const uint64_t Bits = In.Bits64();
-				double Value;
-				std::memcpy(&Value, &Bits, sizeof(Value));
-				lua_pushnumber(L, Value);
-				break;
-			}
-			case EValueTag::Word:
-				PushWord(In.Byte());
-				break;
-			case EValueTag::RawString:
-			{
+				const char* Prefix = Tag == RawString ? "" : Words[In.Byte() % NumWords];
 				std::string Text;
-				ReadRawStringPayload(Text);
+				for (int Repeat = Tag == LongWord ? (In.Byte() + 1) * 64 : 1; Repeat > 0; --Repeat)
+				{
+					Text += Prefix;
+				}
+				for (int Length = Tag == LongWord ? 0 : In.Byte(); Length > 0; --Length)
+				{
+					Text.push_back(static_cast<char>(In.Byte()));
+				}
 				lua_pushlstring(L, Text.data(), Text.size());
 				break;
 			}
-			case EValueTag::List:
-			{
-				const int Count = In.Byte() % 16;
-				lua_createtable(L, Count, 0);
-				const int List = lua_gettop(L);
-				for (int Index = 1; Index <= Count; ++Index)
-				{
-					PushValue(Depth + 1);
-					lua_rawseti(L, List, Index);
-				}
-				break;
-			}
-			case EValueTag::Params:
-			{
+			case List: PushList(Items, Depth); break;
+			case Params:
 				lua_newtable(L);
-				ReadParamsInto(lua_gettop(L), Depth);
+				ReadParamsInto(lua_gettop(L), Depth, Items != 'v');
 				break;
-			}
-			case EValueTag::Map:
-			{
-				const int Count = In.Byte() % 8;
+			case Map:
 				lua_newtable(L);
-				const int Map = lua_gettop(L);
-				for (int Entry = 0; Entry < Count; ++Entry)
+				for (int Entry = In.Byte() % 8; Entry > 0; --Entry)
 				{
 					PushValue(Depth + 1);
 					PushValue(Depth + 1);
@@ -553,41 +521,15 @@ namespace
 					}
 					else
 					{
-						lua_rawset(L, Map);
+						lua_rawset(L, -3);
 					}
 				}
 				break;
-			}
-			case EValueTag::Userdata:
-			{
-				const EMetaVariant Variant = static_cast<EMetaVariant>(In.Byte() % static_cast<int>(EMetaVariant::Count));
-				void* Block = lua_newuserdatauv(L, 16, 1);
-				std::memset(Block, 0xA5, 16);
-				if (PushMetatable(Variant, Depth))
-				{
-					lua_setmetatable(L, -2);
-				}
-				break;
-			}
-			case EValueTag::MetaTable:
-			{
-				const EMetaVariant Variant = static_cast<EMetaVariant>(In.Byte() % static_cast<int>(EMetaVariant::Count));
-				lua_newtable(L);
-				const int Table = lua_gettop(L);
-				if (PushMetatable(Variant, Depth))
-				{
-					lua_setmetatable(L, Table);
-				}
-				ReadParamsInto(Table, Depth);
-				break;
-			}
-			case EValueTag::Handle:
-				PushHandle(In.Byte());
-				break;
-			case EValueTag::HugeList:
-				PushHugeList(Depth);
-				break;
-			case EValueTag::DeepChain:
+			case Userdata:
+			case MetaTable: PushWithMetatable(Tag == Userdata, Depth, Items != 'v'); break;
+			case Handle: PushHandle(In.Byte()); break;
+			case HugeList: PushHugeList(Depth); break;
+			case DeepChain:
 			{
 				const char* Key = Keys[In.Byte() % NumKeys];
 				const int ChainDepth = (In.Byte() * 16) % (MaxDeepChain + 1);
@@ -602,88 +544,29 @@ namespace
 				}
 				break;
 			}
-			case EValueTag::Function:
-			{
-				const int Choice = In.Byte() % 3;
-				if (Choice == 0)
+			case Function:
+				switch (In.Byte() % 3)
 				{
-					lua_pushcfunction(L, &DoNothing);
-				}
-				else if (Choice == 1)
-				{
-					lua_getglobal(L, "dmx_library");
-				}
-				else
-				{
-					PushHandle(0);
-					lua_getfield(L, -1, "info");
-					lua_remove(L, -2);
+				case 0: lua_pushcfunction(L, &DoNothing); break;
+				case 1: lua_getglobal(L, "dmx_library"); break;
+				default: PushHandle(0); lua_getfield(L, -1, "info"); lua_remove(L, -2); break;
 				}
 				break;
-			}
-			case EValueTag::Thread:
-				lua_newthread(L);
-				break;
-			case EValueTag::LightUserdata:
-				lua_pushlightuserdata(L, &Stats);
-				break;
-			case EValueTag::WordWithTail:
-			{
-				std::string Text = Words[In.Byte() % NumWords];
-				ReadRawStringPayload(Text);
-				lua_pushlstring(L, Text.data(), Text.size());
-				break;
-			}
-			case EValueTag::LongWord:
-			{
-				const std::string Word = Words[In.Byte() % NumWords];
-				const int Repeats = (In.Byte() + 1) * 64;
-				std::string Text;
-				for (int Index = 0; Index < Repeats; ++Index)
-				{
-					Text += Word;
-				}
-				lua_pushlstring(L, Text.data(), Text.size());
-				break;
-			}
-			default:
-				lua_pushnil(L);
-				break;
+			case Thread: lua_newthread(L); break;
+			case LightUserdata: lua_pushlightuserdata(L, &Stats); break;
+			default: lua_pushnil(L); break;
 			}
 		}
 
-		// ---- Typed mode (DMXFuzzFormat.h) ----
-
-		void PushTypedList(char ItemKind, int Depth)
-		{
-			const int Count = In.Byte() % 16;
-			lua_createtable(L, Count, 0);
-			const int List = lua_gettop(L);
-			for (int Index = 1; Index <= Count; ++Index)
-			{
-				PushTyped(ItemKind, Depth + 1);
-				lua_rawseti(L, List, Index);
-			}
-		}
-
-		void ReadTypedParamsInto(int TableIndex, int Depth)
-		{
-			const int Count = In.Byte() % 16;
-			for (int Entry = 0; Entry < Count; ++Entry)
-			{
-				const int Key = In.Byte() % NumKeys;
-				lua_pushstring(L, Keys[Key]);
-				PushTyped(KeyKinds[Key], Depth + 1);
-				lua_rawset(L, TableIndex);
-			}
-		}
-
+		// A value of a typed-mode kind (DMXFuzzFormat.h), a selector byte picking one of the kind's
+		// forms; 'v' is any value.
 		void PushTyped(char Kind, int Depth)
 		{
-			if (!lua_checkstack(L, 16))
+			if (Kind == 'v')
 			{
-				Fail("harness", "the Lua stack cannot grow");
+				return PushValue(Depth);
 			}
+			Check(lua_checkstack(L, 16) != 0, "harness: the Lua stack cannot grow");
 			if (Depth > MaxDepth || ValueBudget <= 0)
 			{
 				--ValueBudget;
@@ -697,66 +580,18 @@ namespace
 				return;
 			}
 			--ValueBudget;
+			using enum EValueTag;
 			switch (Kind)
 			{
-			case 's':
-				PushTagged(Selector < 10 ? EValueTag::Word : Selector < 12 ? EValueTag::RawString : Selector < 14 ? EValueTag::WordWithTail : EValueTag::LongWord, Depth);
-				break;
-			case 'n':
-				PushTagged(Selector < 6 ? EValueTag::SmallInt : Selector < 10 ? EValueTag::EdgeInt : Selector < 13 ? EValueTag::EdgeFloat : Selector == 13 ? EValueTag::RawInt : EValueTag::RawFloat, Depth);
-				break;
-			case 'i':
-				PushTagged(Selector < 8 ? EValueTag::SmallInt : Selector < 13 ? EValueTag::EdgeInt : EValueTag::RawInt, Depth);
-				break;
-			case 'b':
-				lua_pushboolean(L, Selector % 2);
-				break;
-			case 't':
-				if (Selector < 10)
-				{
-					lua_newtable(L);
-					ReadTypedParamsInto(lua_gettop(L), Depth);
-				}
-				else if (Selector < 12)
-				{
-					const EMetaVariant Variant = static_cast<EMetaVariant>(In.Byte() % static_cast<int>(EMetaVariant::Count));
-					lua_newtable(L);
-					const int Table = lua_gettop(L);
-					if (PushMetatable(Variant, Depth))
-					{
-						lua_setmetatable(L, Table);
-					}
-					ReadTypedParamsInto(Table, Depth);
-				}
-				else
-				{
-					PushTagged(Selector == 12 ? EValueTag::Userdata : Selector == 13 ? EValueTag::Map : EValueTag::Handle, Depth);
-				}
-				break;
-			case 'y':
-				if (Selector < 10)
-				{
-					PushTypedList('i', Depth);
-				}
-				else
-				{
-					PushTagged(Selector < 12 ? EValueTag::HugeList : Selector == 12 ? EValueTag::Map : Selector == 13 ? EValueTag::Userdata : EValueTag::List, Depth);
-				}
-				break;
-			case 'L':
-			case 'M':
-				if (Selector < 12)
-				{
-					PushTypedList(Kind == 'L' ? 's' : 't', Depth);
-				}
-				else
-				{
-					PushTagged(Selector == 12 ? EValueTag::HugeList : Selector == 13 ? EValueTag::Userdata : Kind == 'L' ? EValueTag::Map : EValueTag::List, Depth);
-				}
-				break;
-			default:
-				lua_pushnil(L);
-				break;
+			case 's': PushTagged(Selector < 10 ? Word : Selector < 12 ? RawString : Selector < 14 ? WordWithTail : LongWord, Depth); break;
+			case 'n': PushTagged(Selector < 6 ? SmallInt : Selector < 10 ? EdgeInt : Selector < 13 ? EdgeFloat : Selector == 13 ? RawInt : RawFloat, Depth); break;
+			case 'i': PushTagged(Selector < 8 ? SmallInt : Selector < 13 ? EdgeInt : RawInt, Depth); break;
+			case 'b': lua_pushboolean(L, Selector % 2); break;
+			case 't': PushTagged(Selector < 10 ? Params : Selector < 12 ? MetaTable : Selector == 12 ? Userdata : Selector == 13 ? Map : Handle, Depth, 't'); break;
+			case 'y': PushTagged(Selector < 10 ? List : Selector < 12 ? HugeList : Selector == 12 ? Map : Selector == 13 ? Userdata : List, Depth, Selector < 10 ? 'i' : 'v'); break;
+			case 'L': PushTagged(Selector < 12 ? List : Selector == 12 ? HugeList : Selector == 13 ? Userdata : Map, Depth, Selector < 12 ? 's' : 'v'); break;
+			case 'M': PushTagged(Selector < 12 ? List : Selector == 12 ? HugeList : Selector == 13 ? Userdata : List, Depth, Selector < 12 ? 't' : 'v'); break;
+			default: lua_pushnil(L); break;
 			}
 		}
 
@@ -768,30 +603,21 @@ namespace
 			return lua_rawget(L, Table);
 		}
 
-		void ExpectPlainTable(int Index, const char* What)
+		void ExpectPlainTable(int Index)
 		{
-			if (lua_type(L, Index) != LUA_TTABLE)
-			{
-				Fail(What, std::string("answered a ") + luaL_typename(L, Index));
-			}
-			if (lua_getmetatable(L, Index))
-			{
-				Fail(What, "answered a table with a metatable");
-			}
+			Check(lua_type(L, Index) == LUA_TTABLE, "an answer that is not a table", luaL_typename(L, Index));
+			Check(!lua_getmetatable(L, Index), "an answer with a metatable");
 		}
 
-		void ExpectValidField(int Table, const char* What)
+		void ExpectValidField(int Table)
 		{
-			if (RawGetField(Table, "valid") != LUA_TBOOLEAN)
-			{
-				Fail(What, "the answer has no boolean \"valid\"");
-			}
+			Check(RawGetField(Table, "valid") == LUA_TBOOLEAN, "an answer without a boolean \"valid\"");
 			lua_pop(L, 1);
 		}
 
-		void ExpectByteTable(int Table, const char* What)
+		void ExpectByteTable(int Table)
 		{
-			ExpectPlainTable(Table, What);
+			ExpectPlainTable(Table);
 			const lua_Integer Length = static_cast<lua_Integer>(lua_rawlen(L, Table));
 			lua_Integer Entries = 0;
 			lua_pushnil(L);
@@ -800,256 +626,109 @@ namespace
 				++Entries;
 				const bool bKeyOk = lua_isinteger(L, -2) && lua_tointeger(L, -2) >= 1 && lua_tointeger(L, -2) <= Length;
 				const bool bValueOk = lua_isinteger(L, -1) && lua_tointeger(L, -1) >= 0 && lua_tointeger(L, -1) <= 255;
-				if (!bKeyOk || !bValueOk)
-				{
-					Fail(What, "the byte table holds something other than bytes at 1..n");
-				}
+				Check(bKeyOk && bValueOk, "a byte table holding something other than bytes at 1..n");
 				lua_pop(L, 1);
 			}
-			if (Entries != Length)
-			{
-				Fail(What, "the byte table has holes");
-			}
+			Check(Entries == Length, "a byte table with holes");
 		}
 
 		// Every table the module answers is either a record (string keys only) or a list (keys 1..n
-		// without holes), holds no metatable, and so are the tables inside it.
-		void ExpectRecordsAndLists(int Table, const char* What, int Depth)
+		// without holes), holds no metatable, and so are the tables inside it; where a record reports
+		// "<what>_count" next to a list, the count is the list's length.
+		void ExpectRecordsAndLists(int Table, int Depth)
 		{
-			ExpectPlainTable(Table, What);
-			if (Depth > 8)
-			{
-				Fail(What, "the answer nests tables deeper than any the module builds");
-			}
+			ExpectPlainTable(Table);
+			Check(Depth <= 8, "an answer nesting tables deeper than any the module builds");
 			lua_Integer IntegerKeys = 0;
-			lua_Integer OtherKeys = 0;
+			lua_Integer NameKeys = 0;
 			lua_pushnil(L);
 			while (lua_next(L, Table) != 0)
 			{
-				if (lua_isinteger(L, -2) && lua_tointeger(L, -2) >= 1)
-				{
-					++IntegerKeys;
-				}
-				else if (lua_type(L, -2) == LUA_TSTRING)
-				{
-					++OtherKeys;
-				}
-				else
-				{
-					Fail(What, "the answer holds a key that is neither a name nor a list index");
-				}
+				const bool bIndex = lua_isinteger(L, -2) && lua_tointeger(L, -2) >= 1;
+				Check(bIndex || lua_type(L, -2) == LUA_TSTRING, "an answer holding a key that is neither a name nor a list index");
+				++(bIndex ? IntegerKeys : NameKeys);
 				if (lua_type(L, -1) == LUA_TTABLE)
 				{
-					ExpectRecordsAndLists(lua_gettop(L), What, Depth + 1);
+					ExpectRecordsAndLists(lua_gettop(L), Depth + 1);
 				}
 				lua_pop(L, 1);
 			}
-			if (IntegerKeys != 0 && (OtherKeys != 0 || IntegerKeys != static_cast<lua_Integer>(lua_rawlen(L, Table))))
-			{
-				Fail(What, "the answer holds a list with holes or mixed with names");
-			}
+			Check(IntegerKeys == 0 || (NameKeys == 0 && IntegerKeys == static_cast<lua_Integer>(lua_rawlen(L, Table))), "an answer holding a list with holes or mixed with names");
 			static const char* const CountedLists[][2] = {
 				{"component_count", "components"}, {"fixture_type_count", "fixture_types"}, {"fixture_patch_count", "fixture_patches"},
 				{"mode_count", "modes"}, {"function_count", "functions"}, {"cell_attribute_count", "cell_attributes"}, {"tag_count", "tags"},
 				{"attribute_default_count", "attribute_defaults"}, {"attribute_channel_count", "attribute_channels"},
 				{"attribute_signal_format_count", "attribute_signal_formats"},
 			};
-			if (OtherKeys != 0)
+			for (int Pair = 0; NameKeys != 0 && Pair < static_cast<int>(std::size(CountedLists)); ++Pair)
 			{
-				for (const auto& Pair : CountedLists)
-				{
-					ExpectCount(Table, Pair[0], Pair[1], What);
-				}
+				const int CountType = RawGetField(Table, CountedLists[Pair][0]);
+				const int ListType = RawGetField(Table, CountedLists[Pair][1]);
+				const bool bDiffers = CountType == LUA_TNUMBER && ListType == LUA_TTABLE && lua_tointeger(L, -2) != static_cast<lua_Integer>(lua_rawlen(L, -1));
+				Check(!bDiffers, "a count differing from the length of its list", CountedLists[Pair][0]);
+				lua_pop(L, 2);
 			}
 		}
 
-		// Where a table reports "<what>_count" next to a list, the count is the list's length.
-		void ExpectCount(int Table, const char* CountKey, const char* ListKey, const char* What)
+		// Answer: a letter of FCallTarget. IdentityKey: for a handle, the field that holds the bytes of
+		// IdentityArgument, the global's string argument.
+		void CheckAnswer(char Answer, int Result, const char* IdentityKey, const std::string* IdentityArgument)
 		{
-			const int CountType = RawGetField(Table, CountKey);
-			const int ListType = RawGetField(Table, ListKey);
-			if (CountType == LUA_TNUMBER && ListType == LUA_TTABLE && lua_tointeger(L, -2) != static_cast<lua_Integer>(lua_rawlen(L, -1)))
-			{
-				Fail(What, std::string("\"") + CountKey + "\" differs from the length of \"" + ListKey + "\"");
-			}
-			lua_pop(L, 2);
-		}
-
-		void CheckAnswer(const std::string& Target, int Result, const std::string* IdentityArgument)
-		{
-			const char* What = Target.c_str();
 			const int Type = lua_type(L, Result);
-			if (Target.rfind("dmx_", 0) == 0)
+			const bool bInteger = lua_isinteger(L, Result) != 0;
+			switch (Answer)
 			{
-				ExpectPlainTable(Result, What);
-				ExpectValidField(Result, What);
-				const char* IdentityKey = Target == "dmx_library" ? "path" : Target == "dmx_component" ? "actor" : nullptr;
+			case 'h':
+				ExpectPlainTable(Result);
+				ExpectValidField(Result);
 				if (IdentityKey != nullptr)
 				{
-					size_t Length = 0;
-					const char* Text = RawGetField(Result, IdentityKey) == LUA_TSTRING ? lua_tolstring(L, -1, &Length) : nullptr;
-					if (Text == nullptr || IdentityArgument == nullptr || std::string(Text, Length) != *IdentityArgument)
-					{
-						Fail(What, std::string("the handle's \"") + IdentityKey + "\" is not the argument's bytes");
-					}
+					const bool bEcho = RawGetField(Result, IdentityKey) == LUA_TSTRING && IdentityArgument != nullptr && ToBytes(L, -1) == *IdentityArgument;
+					Check(bEcho, "a handle whose identity field is not the argument's bytes", IdentityKey);
 					lua_pop(L, 1);
 				}
-			}
-			else if (Target == "library:info" || Target == "component:info")
-			{
-				ExpectValidField(Result, What);
-				ExpectRecordsAndLists(Result, What, 0);
-			}
-			else if (Target == "library:add" || Target == "component:add" || Target == "component:configure")
-			{
+				break;
+			case 'r':
+				ExpectRecordsAndLists(Result, 0);
+				ExpectValidField(Result);
+				break;
+			case 'o':
 				if (Type != LUA_TNIL)
 				{
-					ExpectRecordsAndLists(Result, What, 0);
+					ExpectRecordsAndLists(Result, 0);
 				}
+				break;
+			case 'y': ExpectByteTable(Result); break;
+			case 'B': Check(Type == LUA_TBOOLEAN, "an answer that is not a boolean", luaL_typename(L, Result)); break;
+			case 'i': Check(bInteger, "an answer that is not an integer", luaL_typename(L, Result)); break;
+			default: Check(Type == LUA_TNUMBER && !bInteger, "an answer that is not a float", luaL_typename(L, Result)); break;
 			}
-			else if (Target == "library:configure" || Target == "library:remove")
-			{
-				if (Type != LUA_TBOOLEAN)
-				{
-					Fail(What, std::string("answered a ") + luaL_typename(L, Result) + " instead of a boolean");
-				}
-			}
-			else if (Target == "subsystem:int_to_bytes" || Target == "subsystem:normalized_to_bytes")
-			{
-				ExpectByteTable(Result, What);
-			}
-			else if (Target == "subsystem:bytes_to_int")
-			{
-				if (!lua_isinteger(L, Result))
-				{
-					Fail(What, "did not answer an integer");
-				}
-			}
-			else if (Target == "subsystem:bytes_to_normalized")
-			{
-				if (Type != LUA_TNUMBER || lua_isinteger(L, Result))
-				{
-					Fail(What, "did not answer a float");
-				}
-			}
-		}
-
-		// "stack index N, expected T, received U", with a userdata's __name text shown as such.
-		static std::string DescribeArgumentError(const std::string& Message)
-		{
-			const std::string Head = Message.substr(0, Message.find(':'));
-			const size_t Received = Head.find(", received ");
-			if (Received == std::string::npos)
-			{
-				return Head;
-			}
-			const std::string Actual = Head.substr(Received + 11);
-			const char* const TypeNames[] = {"no value", "nil", "boolean", "number", "string", "table", "function", "userdata", "thread", "lightuserdata"};
-			for (const char* TypeName : TypeNames)
-			{
-				if (Actual == TypeName)
-				{
-					return Head;
-				}
-			}
-			return Head.substr(0, Received) + ", received a userdata's __name";
 		}
 
 		EOutcome ClassifyError(int ErrorIndex)
 		{
-			PushErrorTable();
-			const bool bRaisedTable = lua_rawequal(L, ErrorIndex, -1) != 0;
-			lua_pop(L, 1);
-			if (bRaisedTable)
+			EOutcome Outcome = EOutcome::Count;
+			for (const EOutcome Raised : {EOutcome::RaisedTable, EOutcome::RaisedString})
 			{
-				CountErrorKind("raised table");
-				return EOutcome::RaisedTable;
+				PushRef(Raised == EOutcome::RaisedTable ? ErrorTableRef : ErrorStringRef);
+				Outcome = lua_rawequal(L, ErrorIndex, -1) ? Raised : Outcome;
+				lua_pop(L, 1);
 			}
-			PushErrorString();
-			const bool bRaisedString = lua_rawequal(L, ErrorIndex, -1) != 0;
-			lua_pop(L, 1);
-			if (bRaisedString)
+			const bool bString = lua_type(L, ErrorIndex) == LUA_TSTRING;
+			const std::string Message = bString ? ToBytes(L, ErrorIndex) : std::string();
+			if (Outcome == EOutcome::Count)
 			{
-				CountErrorKind("raised string");
-				return EOutcome::RaisedString;
+				Check(bString, "an unexpected error value", luaL_typename(L, ErrorIndex));
+				Outcome = Message == "not enough memory" ? EOutcome::OutOfMemory
+					: Message.rfind(ByteFloatMessage, 0) == 0 ? EOutcome::ByteFloatError
+					: Message.rfind("stack index ", 0) == 0 ? EOutcome::ArgumentError : EOutcome::Count;
+				Check(Outcome != EOutcome::Count, "an unexpected Lua error", Message);
 			}
-			if (lua_type(L, ErrorIndex) != LUA_TSTRING)
-			{
-				Fail("an unexpected error value", std::string("a ") + luaL_typename(L, ErrorIndex));
-			}
-			size_t Length = 0;
-			const char* Text = lua_tolstring(L, ErrorIndex, &Length);
-			const std::string Message(Text, Length);
-			if (Message == "not enough memory")
-			{
-				CountErrorKind("not enough memory");
-				return EOutcome::OutOfMemory;
-			}
-			if (Message.rfind(ByteFloatMessage, 0) == 0)
-			{
-				CountErrorKind("byte-table float error");
-				return EOutcome::ByteFloatError;
-			}
-			if (Message.rfind("stack index ", 0) == 0)
-			{
-				CountErrorKind("argument error: " + DescribeArgumentError(Message));
-				return EOutcome::ArgumentError;
-			}
-			Fail("an unexpected Lua error", Message);
+			CountErrorKind(Outcome == EOutcome::ArgumentError ? "argument error: " + DescribeArgumentError(Message) : OutcomeNames[static_cast<int>(Outcome)]);
+			return Outcome;
 		}
 
 		// ---- Statements ----
-
-		// Whether sol2's argument checks let the call through. sol2 formats its argument error (and
-		// the byte-table float error) in a noexcept function, which ends the process when Lua runs
-		// out of memory there; so the memory ceiling is only applied to calls that pass the checks.
-		bool PassesArgumentChecks(const std::string& Signature, int FirstArg, int NumArgs, lua_State* S)
-		{
-			// s string, t table or userdata, i integer, n number, b boolean, y byte table
-			for (size_t Param = 0; Param < Signature.size(); ++Param)
-			{
-				const int Index = FirstArg + static_cast<int>(Param);
-				if (static_cast<int>(Param) >= NumArgs)
-				{
-					return false;
-				}
-				const int Type = lua_type(S, Index);
-				bool bPasses = false;
-				switch (Signature[Param])
-				{
-				case 's': bPasses = Type == LUA_TSTRING; break;
-				case 't':
-				case 'L':
-				case 'M':
-					bPasses = Type == LUA_TTABLE || Type == LUA_TUSERDATA;
-					break;
-				case 'i': bPasses = lua_isinteger(S, Index) != 0; break;
-				case 'n': bPasses = Type == LUA_TNUMBER; break;
-				case 'b': bPasses = Type == LUA_TBOOLEAN; break;
-				case 'y':
-					bPasses = Type == LUA_TUSERDATA || (Type == LUA_TTABLE && !HoldsFloat(S, Index));
-					break;
-				default: break;
-				}
-				if (!bPasses)
-				{
-					return false;
-				}
-			}
-			return true;
-		}
-
-		static bool HoldsFloat(lua_State* S, int Table)
-		{
-			bool bFloat = false;
-			lua_pushnil(S);
-			while (lua_next(S, Table) != 0)
-			{
-				bFloat = bFloat || (lua_type(S, -1) == LUA_TNUMBER && !lua_isinteger(S, -1));
-				lua_pop(S, 1);
-			}
-			return bFloat;
-		}
 
 		// sol2 takes registry references in noexcept constructors; with free slots in the registry
 		// taking one allocates nothing, so running out of memory cannot reach them.
@@ -1072,157 +751,87 @@ namespace
 			const int Base = lua_gettop(L);
 			std::string Target;
 			// The callee is read first; whether the handle goes with it depends on the form read next.
-			const char* Signature = "";
-			const int HandleArgs = PushCallee(bGlobal, Target, &Signature);
+			const FCallTarget& Callee = PushCallee(bGlobal, Target);
 			const ECallForm Form = static_cast<ECallForm>(In.Byte() % static_cast<int>(ECallForm::Count));
-			int NumArgs = HandleArgs;
-			if (HandleArgs == 1 && (Form == ECallForm::Dot || Form == ECallForm::SelfValue))
+			if (!bGlobal && (Form == ECallForm::Dot || Form == ECallForm::SelfValue))
 			{
 				lua_pop(L, 1);
-				NumArgs = 0;
 			}
 			const uint8_t ArgcByte = In.Byte();
 			if (Form == ECallForm::SelfValue)
 			{
 				PushValue(0);
-				++NumArgs;
 			}
-			if ((ArgcByte & FreeArgsFlag) == 0)
+			const bool bTyped = (ArgcByte & FreeArgsFlag) == 0;
+			for (const char* Kind = bTyped ? Callee.Signature : ""; *Kind != 0; ++Kind)
 			{
-				for (const char* Kind = Signature; *Kind != 0; ++Kind)
-				{
-					PushTyped(*Kind, 0);
-					++NumArgs;
-				}
-				if ((ArgcByte & 1) != 0)
-				{
-					PushValue(0);
-					++NumArgs;
-				}
+				PushTyped(*Kind, 0);
 			}
-			else
+			const int NumAnyValues = bTyped ? (ArgcByte & 1) : (ArgcByte & ~FreeArgsFlag) % (MaxArgs + 1);
+			for (int Arg = 0; Arg < NumAnyValues; ++Arg)
 			{
-				const int Argc = (ArgcByte & ~FreeArgsFlag) % (MaxArgs + 1);
-				for (int Arg = 0; Arg < Argc; ++Arg)
-				{
-					PushValue(0);
-					++NumArgs;
-				}
+				PushValue(0);
 			}
-			const std::string FullSignature = (bGlobal ? std::string() : std::string("t")) + Signature;
+			const int NumArgs = lua_gettop(L) - Base - 1;
 
-			const char* const FormNames[] = {"colon", "dot", "self value", "coroutine"};
 			CurrentCall = Target + " (" + FormNames[static_cast<int>(Form)] + ", " + std::to_string(NumArgs) + " arguments, headroom " + std::to_string(Headroom) + ")";
 			++Stats.Calls;
 			++Stats.CallsByTarget[Target];
 			++Stats.CallsByForm[static_cast<int>(Form)];
 			ReentrantBudget = 200;
 
-			int Status = LUA_OK;
-			int ResultBase = Base;
-			lua_State* Coroutine = nullptr;
-			if (Form == ECallForm::Coroutine)
+			lua_State* Coroutine = Form == ECallForm::Coroutine ? lua_newthread(L) : nullptr;
+			if (Coroutine != nullptr)
 			{
-				Coroutine = lua_newthread(L);
 				lua_insert(L, Base + 1);
-				ResultBase = Base + 1;
 				lua_xmove(L, Coroutine, NumArgs + 1);
 			}
-			const int FirstArg = Coroutine ? 2 : Base + 2;
-			// The identity field of a handle must echo the argument's bytes.
-			std::string IdentityArgument;
-			lua_State* ArgState = Coroutine ? Coroutine : L;
+			const int ResultBase = Coroutine != nullptr ? Base + 1 : Base;
+			lua_State* ArgState = Coroutine != nullptr ? Coroutine : L;
+			const int FirstArg = Coroutine != nullptr ? 2 : Base + 2;
+			const int GlobalIndex = bGlobal ? static_cast<int>(&Callee - Globals) : 0;
+			const char* const IdentityKeys[] = {"path", "actor", nullptr};
 			const bool bHasIdentityArgument = bGlobal && NumArgs >= 1 && lua_type(ArgState, FirstArg) == LUA_TSTRING;
-			if (bHasIdentityArgument)
-			{
-				size_t Length = 0;
-				const char* Text = lua_tolstring(ArgState, FirstArg, &Length);
-				IdentityArgument.assign(Text, Length);
-			}
-			if (Headroom != 0 && PassesArgumentChecks(FullSignature, FirstArg, NumArgs, Coroutine ? Coroutine : L))
+			const std::string IdentityArgument = bHasIdentityArgument ? ToBytes(ArgState, FirstArg) : std::string();
+			if (Headroom != 0 && PassesArgumentChecks((bGlobal ? "" : "t") + std::string(Callee.Signature), FirstArg, NumArgs, ArgState))
 			{
 				++Stats.LimitedCalls;
 				ReserveRegistrySlots();
 				lua_gc(L, LUA_GCCOLLECT);
 				CurrentCall += " under a memory ceiling";
-				Allocator->Limit = Allocator->Used + Headroom;
+				ActiveAllocator->Limit = ActiveAllocator->Used + Headroom;
 			}
+			int NumResults = 0;
+			const int Status = Coroutine != nullptr ? lua_resume(Coroutine, L, NumArgs, &NumResults) : lua_pcall(L, NumArgs, LUA_MULTRET, 0);
+			ActiveAllocator->Limit = SIZE_MAX;
+			Check(Status != LUA_YIELD, "the call yielded");
 			if (Coroutine != nullptr)
 			{
-				int NumResults = 0;
-				Status = lua_resume(Coroutine, L, NumArgs, &NumResults);
-				Allocator->Limit = SIZE_MAX;
-				if (Status == LUA_OK)
-				{
-					lua_xmove(Coroutine, L, NumResults);
-				}
-				else if (Status == LUA_YIELD)
-				{
-					Fail("the call yielded", "");
-				}
-				else
-				{
-					lua_xmove(Coroutine, L, 1);
-				}
-			}
-			else
-			{
-				Status = lua_pcall(L, NumArgs, LUA_MULTRET, 0);
-				Allocator->Limit = SIZE_MAX;
+				lua_xmove(Coroutine, L, Status == LUA_OK ? NumResults : 1);
 			}
 
-			const int NumResults = lua_gettop(L) - ResultBase;
+			NumResults = lua_gettop(L) - ResultBase;
 			EOutcome Outcome = EOutcome::Answered;
 			if (Status == LUA_OK)
 			{
-				if (NumResults != 1)
+				Check(NumResults == 1, "a call answered other than one value", std::to_string(NumResults));
+				CheckAnswer(Callee.Answer, ResultBase + 1, bGlobal ? IdentityKeys[GlobalIndex] : nullptr, bHasIdentityArgument ? &IdentityArgument : nullptr);
+				if (bGlobal && Handles.size() < static_cast<size_t>(MaxHandles))
 				{
-					Fail("a call answered other than one value", std::to_string(NumResults) + " values");
-				}
-				CheckAnswer(Target, ResultBase + 1, bHasIdentityArgument ? &IdentityArgument : nullptr);
-				if (bGlobal && lua_type(L, ResultBase + 1) == LUA_TTABLE && Handles.size() < static_cast<size_t>(MaxHandles))
-				{
-					const EHandleKind Kind = Target == "dmx_library" ? EHandleKind::Library : Target == "dmx_component" ? EHandleKind::Component : EHandleKind::Subsystem;
 					lua_pushvalue(L, ResultBase + 1);
-					Handles.push_back({luaL_ref(L, LUA_REGISTRYINDEX), Kind});
+					Handles.push_back({luaL_ref(L, LUA_REGISTRYINDEX), static_cast<EHandleKind>(GlobalIndex)});
 				}
 			}
 			else
 			{
-				if (NumResults < 1)
-				{
-					Fail("a failed call left no error value", "");
-				}
+				Check(NumResults >= 1, "a failed call left no error value");
 				Outcome = ClassifyError(lua_gettop(L));
 			}
 			++Stats.Outcomes[static_cast<int>(Outcome)];
 
-			if (GEditor == nullptr || GEditor->Trans == nullptr || GEditor->Trans->GetActiveCount() != 0)
-			{
-				Fail("an undo transaction is still open", std::to_string(GEditor && GEditor->Trans ? GEditor->Trans->GetActiveCount() : -1));
-			}
+			const int OpenTransactions = GEditor != nullptr && GEditor->Trans != nullptr ? GEditor->Trans->GetActiveCount() : -1;
+			Check(OpenTransactions == 0, "an undo transaction is still open", std::to_string(OpenTransactions));
 			lua_settop(L, Base);
-		}
-
-		void MakeInitialHandles()
-		{
-			for (const FInitialHandle& Initial : InitialHandles)
-			{
-				const int Base = lua_gettop(L);
-				lua_getglobal(L, GlobalNames[static_cast<int>(Initial.Kind)]);
-				int NumArgs = 0;
-				if (Initial.Argument != nullptr)
-				{
-					lua_pushstring(L, Initial.Argument);
-					NumArgs = 1;
-				}
-				if (lua_pcall(L, NumArgs, 1, 0) != LUA_OK || lua_type(L, -1) != LUA_TTABLE)
-				{
-					Fail("harness", "could not open the initial handles");
-				}
-				Handles.push_back({luaL_ref(L, LUA_REGISTRYINDEX), Initial.Kind});
-				lua_settop(L, Base);
-			}
 		}
 
 		void Run()
@@ -1233,45 +842,38 @@ namespace
 			ErrorTableRef = luaL_ref(L, LUA_REGISTRYINDEX);
 			lua_pushstring(L, UniqueErrorText);
 			ErrorStringRef = luaL_ref(L, LUA_REGISTRYINDEX);
-			MakeInitialHandles();
-
 			const int Base = lua_gettop(L);
+			for (const FInitialHandle& Initial : InitialHandles)
+			{
+				lua_getglobal(L, Globals[static_cast<int>(Initial.Kind)].Name);
+				if (Initial.Argument != nullptr)
+				{
+					lua_pushstring(L, Initial.Argument);
+				}
+				const bool bOpened = lua_pcall(L, Initial.Argument != nullptr ? 1 : 0, 1, 0) == LUA_OK && lua_type(L, -1) == LUA_TTABLE;
+				Check(bOpened, "harness: could not open the initial handles");
+				Handles.push_back({luaL_ref(L, LUA_REGISTRYINDEX), Initial.Kind});
+			}
+
 			for (StatementIndex = 0; StatementIndex < MaxStatements && !In.IsAtEnd(); ++StatementIndex)
 			{
 				++Stats.Statements;
 				CurrentCall = "statement start";
-				if (lua_gettop(L) != Base)
-				{
-					Fail("the Lua stack moved between statements", std::to_string(lua_gettop(L)) + " instead of " + std::to_string(Base));
-				}
-				switch (DecodeOp(In.Byte()))
+				Check(lua_gettop(L) == Base, "the Lua stack moved between statements", std::to_string(lua_gettop(L) - Base));
+				const EOp Op = DecodeOp(In.Byte());
+				switch (Op)
 				{
 				case EOp::CallGlobal:
-					RunCall(true);
-					break;
-				case EOp::CallMethod:
-					RunCall(false);
-					break;
-				case EOp::Undo:
-					Stats.Undos += GEditor->UndoTransaction() ? 1 : 0;
-					break;
-				case EOp::Redo:
-					Stats.Redos += GEditor->RedoTransaction() ? 1 : 0;
-					break;
-				case EOp::CollectGarbage:
-					lua_gc(L, LUA_GCCOLLECT);
-					break;
-				case EOp::MemoryHeadroom:
-					Headroom = MemoryHeadrooms[In.Byte() % NumMemoryHeadrooms];
-					break;
+				case EOp::CallMethod: RunCall(Op == EOp::CallGlobal); break;
+				case EOp::Undo: Stats.Undos += GEditor->UndoTransaction() ? 1 : 0; break;
+				case EOp::Redo: Stats.Redos += GEditor->RedoTransaction() ? 1 : 0; break;
+				case EOp::CollectGarbage: lua_gc(L, LUA_GCCOLLECT); break;
+				case EOp::MemoryHeadroom: Headroom = MemoryHeadrooms[In.Byte() % NumMemoryHeadrooms]; break;
 				}
 			}
 		}
 	};
 
-	// The scene every input starts from: two libraries with fixture types (modes, functions, a
-	// matrix), patches with duplicate names and one whose fixture type is gone, and three actors,
-	// two of them with DMX components.
 	const char SetupScript[] = R"lua(
 assert(editor.create_library("/Game/DMX/FuzzLib"))
 assert(editor.create_library("/Game/DMX/Other"))
@@ -1330,9 +932,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size)
 		ActiveAllocator = &Allocator;
 		FProgram Program;
 		Program.L = Session.GetLua().GetState().lua_state();
-		Program.Allocator = &Allocator;
-		Program.In.Data = Data;
-		Program.In.Size = Size;
+		Program.In = {Data, Size, 0};
 		Program.Run();
 	}
 	ActiveAllocator = nullptr;
