@@ -176,12 +176,7 @@ namespace
 		{
 			lua_pushvalue(L, lua_upvalueindex(3 + Index));
 		}
-		// The inner call's arguments are not known to pass sol2's checks, and sol2 cannot raise its
-		// argument error when Lua is out of memory (see the memory ceiling in RunCall).
-		const size_t Limit = ActiveAllocator->Limit;
-		ActiveAllocator->Limit = SIZE_MAX;
 		lua_call(L, NumArgs, 0);
-		ActiveAllocator->Limit = Limit;
 		if (lua_gettop(L) != Top)
 		{
 			std::fprintf(stderr, "kest_fuzz: a reentrant call left the stack at %d instead of %d\n", lua_gettop(L), Top);
@@ -207,50 +202,6 @@ namespace
 		const bool bRaise = !bOtherKey && (Variant == EMetaVariant::RaiseTable || Variant == EMetaVariant::RaiseString || Variant == EMetaVariant::RaiseOnKey);
 		lua_pushvalue(L, lua_upvalueindex(bOtherKey ? 4 : 2));
 		return bRaise ? lua_error(L) : 1;
-	}
-
-	bool HoldsFloat(lua_State* S, int Table)
-	{
-		bool bFloat = false;
-		lua_pushnil(S);
-		while (lua_next(S, Table) != 0)
-		{
-			bFloat = bFloat || (lua_type(S, -1) == LUA_TNUMBER && !lua_isinteger(S, -1));
-			lua_pop(S, 1);
-		}
-		return bFloat;
-	}
-
-	// Whether sol2's argument checks let the call through (letters of typed mode, t for the handle).
-	// sol2 formats its argument error (and the byte-table float error) in a noexcept function, which
-	// ends the process when Lua runs out of memory there; so the memory ceiling is only applied to
-	// calls that pass the checks.
-	bool PassesArgumentChecks(const std::string& Signature, int FirstArg, int NumArgs, lua_State* S)
-	{
-		if (NumArgs < static_cast<int>(Signature.size()))
-		{
-			return false;
-		}
-		for (size_t Param = 0; Param < Signature.size(); ++Param)
-		{
-			const int Index = FirstArg + static_cast<int>(Param);
-			const int Type = lua_type(S, Index);
-			bool bPasses = Type == LUA_TTABLE || Type == LUA_TUSERDATA; // t, L and M
-			switch (Signature[Param])
-			{
-			case 's': bPasses = Type == LUA_TSTRING; break;
-			case 'i': bPasses = lua_isinteger(S, Index) != 0; break;
-			case 'n': bPasses = Type == LUA_TNUMBER; break;
-			case 'b': bPasses = Type == LUA_TBOOLEAN; break;
-			case 'y': bPasses = Type == LUA_TUSERDATA || (Type == LUA_TTABLE && !HoldsFloat(S, Index)); break;
-			default: break;
-			}
-			if (!bPasses)
-			{
-				return false;
-			}
-		}
-		return true;
 	}
 
 	// "stack index N, expected T, received U", with a userdata's __name text shown as such.
@@ -730,22 +681,6 @@ namespace
 
 		// ---- Statements ----
 
-		// sol2 takes registry references in noexcept constructors; with free slots in the registry
-		// taking one allocates nothing, so running out of memory cannot reach them.
-		void ReserveRegistrySlots()
-		{
-			int Refs[512];
-			for (int& Ref : Refs)
-			{
-				lua_pushboolean(L, 1);
-				Ref = luaL_ref(L, LUA_REGISTRYINDEX);
-			}
-			for (int Index = 511; Index >= 0; --Index)
-			{
-				luaL_unref(L, LUA_REGISTRYINDEX, Refs[Index]);
-			}
-		}
-
 		void RunCall(bool bGlobal)
 		{
 			const int Base = lua_gettop(L);
@@ -793,10 +728,9 @@ namespace
 			const char* const IdentityKeys[] = {"path", "actor", nullptr};
 			const bool bHasIdentityArgument = bGlobal && NumArgs >= 1 && lua_type(ArgState, FirstArg) == LUA_TSTRING;
 			const std::string IdentityArgument = bHasIdentityArgument ? ToBytes(ArgState, FirstArg) : std::string();
-			if (Headroom != 0 && PassesArgumentChecks((bGlobal ? "" : "t") + std::string(Callee.Signature), FirstArg, NumArgs, ArgState))
+			if (Headroom != 0)
 			{
 				++Stats.LimitedCalls;
-				ReserveRegistrySlots();
 				lua_gc(L, LUA_GCCOLLECT);
 				CurrentCall += " under a memory ceiling";
 				ActiveAllocator->Limit = ActiveAllocator->Used + Headroom;
