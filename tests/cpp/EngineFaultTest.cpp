@@ -9,6 +9,7 @@
 #include "UObject/UObjectGlobals.h"
 #include "component/DMXComponentLookup.h"
 #include "library/DMXLibraryLookup.h"
+#include "module/DMXLuaParams.h"
 
 namespace
 {
@@ -76,6 +77,20 @@ TEST_F(FEngineFaultTest, RefusedCreationsLeaveOneStepThatHoldsOnlyTheTargetAndCh
 		ASSERT_TRUE(GEditor->UndoTransaction());
 		EXPECT_TRUE(DMXStateDigest::DigestsMatch(Before, Digest())) << "the step changes nothing";
 	}
+}
+
+// A library path that loads nothing leaves the engine's own warning: the load is not made quiet.
+TEST_F(FEngineFaultTest, AnUnresolvedLibraryPathKeepsTheEnginesLoadWarning)
+{
+	TArray<FString>& Warnings = FHeadlessObjectRegistry::Get().Warnings;
+	Warnings.Reset();
+	Run(R"(assert(dmx_library("").valid == false and dmx_library("/Game/DMX/Stage").valid))");
+	EXPECT_TRUE(Warnings.IsEmpty()) << "an empty path is never loaded";
+	Run(R"(assert(dmx_library("/Game/DMX/Missing").valid == false))");
+	ASSERT_EQ(Warnings.Num(), 1);
+	EXPECT_NE(Warnings[0].Find(TEXT("Failed to find object"), ESearchCase::CaseSensitive), INDEX_NONE) << ConvertEngineText(Warnings[0]);
+	EXPECT_NE(Warnings[0].Find(TEXT("/Game/DMX/Missing.Missing"), ESearchCase::CaseSensitive), INDEX_NONE) << ConvertEngineText(Warnings[0]);
+	Warnings.Reset();
 }
 
 // SetFixturePatch(nullptr), as a failed "library" load makes it, invalidates the reference's id but
