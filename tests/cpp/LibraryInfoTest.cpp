@@ -1,10 +1,11 @@
 // dmx_library(path):info() on engine values that scripts cannot author: stored distributions and
 // signal formats outside the enumerations, 64-bit defaults, an embedded NUL, and a patch made
-// without the creation helper.
+// without the creation helper. Also a mode table applied over such stored values.
 #include <gtest/gtest.h>
 
 #include "KestSessionTest.h"
 #include "UObject/UObjectGlobals.h"
+#include "library/DMXFixtureModeParams.h"
 
 using FLibraryInfoTest = FKestSessionTest;
 
@@ -65,4 +66,43 @@ TEST_F(FLibraryInfoTest, ReportsValuesScriptsCannotAuthor)
 		assert(p.tag_count == 3 and p.tags[1] == "One" and p.tags[2] == "None" and p.tags[3] == "Light_1")
 		assert(next(p.attribute_defaults) == nil and next(p.attribute_signal_formats) == nil and next(p.default_raw_channels) == nil)
 	)");
+}
+
+TEST_F(FLibraryInfoTest, AModeTablePullsStoredValuesIntoRangeAndKeepsWhatItCannotName)
+{
+	Run("assert(editor.create_library('/Game/DMX/Stored'))");
+	FDMXEntityFixtureTypeConstructionParams Params;
+	Params.ParentDMXLibrary = LoadObject<UDMXLibrary>(nullptr, TEXT("/Game/DMX/Stored.Stored"));
+	FDMXFixtureMode& Stored = Params.Modes.AddDefaulted_GetRef();
+	Stored.ModeName = TEXT("Raw");
+	Stored.bAutoChannelSpan = false;
+	Stored.ChannelSpan = 900;
+	Stored.bFixtureMatrixEnabled = true;
+	Stored.FixtureMatrixConfig.XCells = 0;
+	Stored.FixtureMatrixConfig.YCells = 600;
+	Stored.FixtureMatrixConfig.FirstCellChannel = -3;
+	Stored.FixtureMatrixConfig.PixelMappingDistribution = EDMXPixelMappingDistribution::TopRightToAntiClockwise;
+	UDMXEntityFixtureType* FixtureType = UDMXEntityFixtureType::CreateFixtureTypeInLibrary(Params, TEXT("Stored"));
+	ASSERT_NE(FixtureType, nullptr);
+
+	sol::state Lua;
+	// No type, or no mode at the index: nothing happens.
+	const sol::table Renaming = Lua.script("return {name = 'Other', channel_span = 4}");
+	ApplyFixtureModeParams(nullptr, 0, Renaming);
+	ApplyFixtureModeParams(FixtureType, -1, Renaming);
+	ApplyFixtureModeParams(FixtureType, 1, Renaming);
+	ASSERT_EQ(FixtureType->Modes.Num(), 1);
+	EXPECT_EQ(FixtureType->Modes[0].ModeName, TEXT("Raw"));
+	EXPECT_EQ(FixtureType->Modes[0].ChannelSpan, 900);
+
+	// Absent keys keep the stored values, clamped; "TopLeftToRight" is no name a script may choose.
+	ApplyFixtureModeParams(FixtureType, 0, Lua.script("return {matrix = {distribution = 'TopLeftToRight'}}"));
+	const FDMXFixtureMode& Mode = FixtureType->Modes[0];
+	EXPECT_EQ(Mode.ModeName, TEXT("Raw"));
+	EXPECT_EQ(Mode.ChannelSpan, 512);
+	EXPECT_TRUE(Mode.bFixtureMatrixEnabled);
+	EXPECT_EQ(Mode.FixtureMatrixConfig.XCells, 1);
+	EXPECT_EQ(Mode.FixtureMatrixConfig.YCells, 512);
+	EXPECT_EQ(Mode.FixtureMatrixConfig.FirstCellChannel, 1);
+	EXPECT_EQ(Mode.FixtureMatrixConfig.PixelMappingDistribution, EDMXPixelMappingDistribution::TopRightToAntiClockwise);
 }
