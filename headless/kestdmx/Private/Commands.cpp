@@ -282,10 +282,11 @@ namespace
 		for (const FVorlithRegisteredBinding& Binding : Host.Bindings)
 		{
 			std::cout << "## Lua functions (category " << ToUTF8(Binding.Category) << ", owner " << ToUTF8(Binding.OwnerId) << ")\n\n";
-			std::cout << "| Signature | Description | Returns |\n|---|---|---|\n";
+			// One entry per function rather than a table: signatures hold '|', which would split a
+			// Markdown table cell, and the records are printed exactly as registered.
 			for (const FLuaFunctionDoc& Doc : Binding.Docs)
 			{
-				std::cout << "| `" << ToUTF8(Doc.Signature) << "` | " << ToUTF8(Doc.Description) << " | " << ToUTF8(Doc.Returns) << " |\n";
+				std::cout << "- `" << ToUTF8(Doc.Signature) << "`: " << ToUTF8(Doc.Description) << ". Returns " << ToUTF8(Doc.Returns) << ".\n";
 			}
 			std::cout << "\n";
 		}
