@@ -1,7 +1,8 @@
 // A canonical dump of everything the module can change: every DMX Library in memory, with the entities
 // it no longer lists (undo brings them back), and the editor level's actors and components; floats
 // exactly. What a patch derives from its fixture type is a line tagged with that type, so a comparison
-// can leave it out where the engine is known to refresh it later.
+// can leave it out where the engine is known to refresh it later; that line and the patch's reference
+// to its type are also tagged with the patch, for where the engine clears the reference outside a step.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -24,10 +25,11 @@
 
 namespace DMXStateDigest
 {
-	// Tag: empty, or the fixture type whose changes the line follows.
+	// Tag: empty, or the fixture type whose changes the line follows. Patch: empty, or the patch whose
+	// link to its fixture type the line shows.
 	struct FLine
 	{
-		std::string Tag, Text;
+		std::string Tag, Text, Patch = {};
 	};
 	using FDigest = std::vector<FLine>;
 
@@ -48,6 +50,7 @@ namespace DMXStateDigest
 
 	// Names the fixture type object itself, which keeps its identity when it is removed and renamed.
 	inline std::string TypeTag(const UDMXEntityFixtureType* FixtureType) { return FixtureType ? std::to_string(reinterpret_cast<uintptr_t>(FixtureType)) : ""; }
+	inline std::string PatchTag(const UDMXEntityFixturePatch* Patch) { return "patch " + std::to_string(reinterpret_cast<uintptr_t>(Patch)); }
 
 	inline std::string DescribeObject(const UObject* Object)
 	{
@@ -146,7 +149,7 @@ namespace DMXStateDigest
 		if (Patch != nullptr)
 		{
 			const FLinearColor& Color = Patch->EditorColor;
-			Out << " type " << DescribeObject(Patch->GetFixtureType()) << " universe " << Patch->GetUniverseID() << " start " << Patch->GetStartingChannel()
+			Out << " universe " << Patch->GetUniverseID() << " start " << Patch->GetStartingChannel()
 				<< " fixture_id " << Patch->GetFixtureID() << " mvr " << GuidText(Patch->GetMVRFixtureUUID()) << " receive " << Patch->bReceiveDMXInEditor
 				<< " color " << Color.R << " " << Color.G << " " << Color.B << " " << Color.A << " tags";
 			for (const FName& Tag : Patch->CustomTags)
@@ -157,7 +160,8 @@ namespace DMXStateDigest
 		Digest.push_back({std::string(), Out.str()});
 		if (Patch != nullptr)
 		{
-			Digest.push_back({TypeTag(Patch->GetFixtureType()), DescribePatchDerived(Patch)});
+			Digest.push_back({std::string(), "  type " + DescribeObject(Patch->GetFixtureType()), PatchTag(Patch)});
+			Digest.push_back({TypeTag(Patch->GetFixtureType()), DescribePatchDerived(Patch), PatchTag(Patch)});
 		}
 	}
 
@@ -232,10 +236,13 @@ namespace DMXStateDigest
 	}
 
 	// Equal line for line (tags name objects of this session only, so they count only for this);
-	// lines tagged with one of the loose types are left out on both sides.
-	inline ::testing::AssertionResult DigestsMatch(const FDigest& Expected, const FDigest& Actual, const std::set<std::string>& LooseTypes = {})
+	// lines tagged with one of the loose types or patches are left out on both sides.
+	inline ::testing::AssertionResult DigestsMatch(const FDigest& Expected, const FDigest& Actual, const std::set<std::string>& Loose = {})
 	{
-		const auto IsLoose = [&LooseTypes](const FLine& Line) { return !Line.Tag.empty() && LooseTypes.count(Line.Tag) != 0; };
+		const auto IsLoose = [&Loose](const FLine& Line)
+		{
+			return (!Line.Tag.empty() && Loose.count(Line.Tag) != 0) || (!Line.Patch.empty() && Loose.count(Line.Patch) != 0);
+		};
 		size_t Index = 0;
 		while (Index < std::min(Expected.size(), Actual.size()) && ((IsLoose(Expected[Index]) && IsLoose(Actual[Index])) || Expected[Index].Text == Actual[Index].Text))
 		{

@@ -6,6 +6,9 @@
 // undo and redo of the type refresh them outside the step (pulling an active mode beyond the new
 // modes back into range). So the first undo of such a call is exact, later comparisons leave out the
 // cache-derived lines of that type's patches, and a second redo must repeat the first exactly.
+// Removing a fixture type clears its patches' reference to it without recording them, so undo brings
+// the type back but not their reference: from that call's undo on, the comparisons of its sequence
+// leave out those patches' reference and cache-derived line.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -122,13 +125,20 @@ namespace
 
 	// A changing call and what it must do to the undo history (a reusing component add changes without
 	// a step). StaleTypes: the fixture types whose modes the call replaces while patches use them.
+	// UnlinkedPatches: the patches of the fixture type the call removes.
 	struct FCall
 	{
 		std::string Lua;
 		const char* Title = ConfigureTitle;
 		bool bRecordsStep = true, bChangesWithoutStep = false, bCreatesComponent = false;
-		std::set<std::string> StaleTypes = {};
+		std::set<std::string> StaleTypes = {}, UnlinkedPatches = {};
 	};
+
+	std::set<std::string> Join(std::set<std::string> Tags, const std::set<std::string>& More)
+	{
+		Tags.insert(More.begin(), More.end());
+		return Tags;
+	}
 
 	class FUndoPropertyTest : public FKestSessionTest
 	{
@@ -136,8 +146,8 @@ namespace
 		void SetUp() override { StartSession(); }
 		void TearDown() override
 		{
-			std::printf("[ undo     ] %d steps undone and redone (%d sequences, %d leaving patches behind; %d creating a component), %d calls without a step\n",
-				RoundTrips, Sequences, StaleSequences, CreatingComponentAdds, CallsWithoutStep);
+			std::printf("[ undo     ] %d steps undone and redone (%d sequences, %d leaving patches behind; %d creating a component; %d removing a type"
+				" from its patches), %d calls without a step\n", RoundTrips, Sequences, StaleSequences, CreatingComponentAdds, UnlinkingRemovals, CallsWithoutStep);
 			FKestSessionTest::TearDown();
 		}
 
@@ -186,8 +196,17 @@ namespace
 			if (Roll < 0)
 			{
 				const bool bType = R.Chance(35);
-				Call.Lua = Handle + ":remove(" + (bType ? TypeKind : PatchKind) + ", " + Quoted(PickEntityName(R, Target, bType)) + ")";
+				const std::string Name = PickEntityName(R, Target, bType);
+				Call.Lua = Handle + ":remove(" + (bType ? TypeKind : PatchKind) + ", " + Quoted(Name) + ")";
 				Call.Title = "Vorlith: Remove DMX Library Entity";
+				const UDMXEntityFixtureType* FixtureType = bType ? FindFixtureTypeByName(Library, ConvertLuaText(Name)) : nullptr;
+				for (const UDMXEntityFixturePatch* Patch : FixtureType ? Library->GetEntitiesTypeCast<UDMXEntityFixturePatch>() : TArray<UDMXEntityFixturePatch*>())
+				{
+					if (Patch->GetFixtureType() == FixtureType)
+					{
+						Call.UnlinkedPatches.insert(PatchTag(Patch));
+					}
+				}
 			}
 			else if (Roll < 50)
 			{
@@ -278,6 +297,7 @@ namespace
 				ASSERT_TRUE(bPreviousLeftStale || DigestsMatch(Current, States[0])) << "patches behind their type without a reason";
 
 				std::set<std::string> Stale, StaleBeforeLast; // types whose patches the calls (all but the last) left behind
+				std::vector<std::set<std::string>> Unlinked(1); // per step, the patches whose type its call removed
 				std::string Script;
 				for (int Index = 1 + R.Below(MaxCalls); Index > 0; --Index, ++CallsInSession)
 				{
@@ -297,6 +317,8 @@ namespace
 						continue;
 					}
 					CreatingComponentAdds += Call.bCreatesComponent ? 1 : 0;
+					UnlinkingRemovals += Call.UnlinkedPatches.empty() ? 0 : 1;
+					Unlinked.push_back(Call.UnlinkedPatches);
 					StaleBeforeLast = Stale;
 					Stale.insert(Call.StaleTypes.begin(), Call.StaleTypes.end());
 					States.push_back(Digest());
@@ -304,6 +326,7 @@ namespace
 				SCOPED_TRACE(Script);
 				const size_t Steps = States.size() - 1;
 				std::vector<FDigest> Redone(1);
+				std::set<std::string> Undone; // the patches of the removed types whose removal has been undone
 				// Only the first undo is exact for the patches left behind: every refresh after it changes
 				// them outside any step. For a lone call, a second redo must repeat the first exactly.
 				for (int Pass = 0; Pass < (Steps == 1 && !Stale.empty() ? 2 : 1); ++Pass)
@@ -311,13 +334,15 @@ namespace
 					for (size_t Index = Steps; Index > 0; --Index)
 					{
 						ASSERT_TRUE(GEditor->UndoTransaction());
-						ASSERT_TRUE(DigestsMatch(States[Index - 1], Digest(), Pass == 0 && Index == Steps ? StaleBeforeLast : Stale)) << "undo " << Pass << " to state " << Index - 1;
+						Undone.insert(Unlinked[Index].begin(), Unlinked[Index].end());
+						ASSERT_TRUE(DigestsMatch(States[Index - 1], Digest(), Join(Pass == 0 && Index == Steps ? StaleBeforeLast : Stale, Undone)))
+							<< "undo " << Pass << " to state " << Index - 1;
 					}
 					for (size_t Index = 1; Index <= Steps; ++Index)
 					{
 						ASSERT_TRUE(GEditor->RedoTransaction());
 						FDigest Now = Digest();
-						ASSERT_TRUE(DigestsMatch(Pass == 0 ? States[Index] : Redone[Index], Now, Pass == 0 ? Stale : std::set<std::string>()))
+						ASSERT_TRUE(DigestsMatch(Pass == 0 ? States[Index] : Redone[Index], Now, Pass == 0 ? Join(Stale, Undone) : Undone))
 							<< "redo " << Pass << " to state " << Index;
 						Redone.push_back(std::move(Now));
 					}
@@ -330,7 +355,7 @@ namespace
 			}
 		}
 
-		int RoundTrips = 0, Sequences = 0, StaleSequences = 0, CallsWithoutStep = 0, CreatingComponentAdds = 0;
+		int RoundTrips = 0, Sequences = 0, StaleSequences = 0, CallsWithoutStep = 0, CreatingComponentAdds = 0, UnlinkingRemovals = 0;
 	};
 }
 
@@ -357,9 +382,14 @@ TEST_F(FUndoPropertyTest, TheDigestSeesWhatUndoMustRestore)
 	Patch->Rename(TEXT("Renamed"));
 	EXPECT_FALSE(DigestsMatch(Full, Digest())) << "object names";
 	Patch->Rename(*ObjectName);
-	// A type changed behind its patches' back shows at once; the patch's cache-derived line, the
-	// only one tagged, once the cache is rebuilt.
+	// A patch's link to its type shows on the lines tagged with the patch.
 	UDMXEntityFixtureType* FixtureType = Patch->GetFixtureType();
+	Patch->SetFixtureType(nullptr);
+	EXPECT_FALSE(DigestsMatch(Full, Digest())) << "fixture type reference";
+	EXPECT_TRUE(DigestsMatch(Full, Digest(), {PatchTag(Patch)}));
+	Patch->SetFixtureType(FixtureType);
+	// A type changed behind its patches' back shows at once; the patch's cache-derived line, the
+	// only one tagged with the type, once the cache is rebuilt.
 	FixtureType->Modes[0].Functions[0].Attribute = FDMXAttributeName(FName(TEXT("Pan")));
 	const FDigest Stale = Digest();
 	EXPECT_FALSE(DigestsMatch(Full, Stale)) << "fixture type";

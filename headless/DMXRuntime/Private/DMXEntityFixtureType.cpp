@@ -102,8 +102,7 @@ void UDMXEntityFixtureType::RemoveFixtureTypeFromLibrary(FDMXEntityFixtureTypeRe
 	{
 		if (FixturePatch->GetFixtureType() == FixtureType)
 		{
-			// Recorded so that an undo gives the patches their type back.
-			FixturePatch->Modify();
+			// Not recorded: undoing the removal brings the type back, but not the patches' reference to it.
 			FixturePatch->SetFixtureType(nullptr);
 		}
 	}

@@ -125,7 +125,7 @@ TEST_F(DMXRuntimeFixtureType, PhysicalValuesRescaleTheDefaultValue)
 	EXPECT_EQ(Wide.DefaultValue, 32767);
 }
 
-TEST_F(DMXRuntimeFixtureType, RemovingATypeKeepsItsPatchesAndUndoRestoresEverything)
+TEST_F(DMXRuntimeFixtureType, RemovingATypeKeepsItsPatchesAndUndoBringsBackOnlyTheType)
 {
 	UDMXEntityFixtureType* FixtureType = CreateFixtureType(TEXT("Spot"), {MakeFunction(TEXT("Dimmer"), 1)});
 	FixtureType->Modes[FixtureType->AddMode()].Functions.Add(MakeFunction(TEXT("Pan"), 1, EFormat::E16Bit));
@@ -133,21 +133,36 @@ TEST_F(DMXRuntimeFixtureType, RemovingATypeKeepsItsPatchesAndUndoRestoresEveryth
 	ASSERT_EQ(Patch->GetChannelSpan(), 2);
 	const FGuid TypeId = FixtureType->GetID();
 
-	// Recorded as the editor records it, then applied back the way its undo does.
+	// Recorded as the editor records it, then applied back the way its undo and redo do.
 	FTransaction Transaction(FString(), FText::FromString(TEXT("Remove")), nullptr);
 	GUndo = &Transaction;
 	UDMXEntityFixtureType::RemoveFixtureTypeFromLibrary(FixtureType);
 	GUndo = nullptr;
+	EXPECT_FALSE(Transaction.ContainsObject(Patch));
 	EXPECT_EQ(Patch->GetFixtureType(), nullptr);
 	EXPECT_EQ(Patch->GetActiveModeIndex(), 1);
 	EXPECT_EQ(Patch->GetChannelSpan(), 0);
 	EXPECT_EQ(Library->GetEntities(), (TArray<UDMXEntity*>{Patch}));
 	EXPECT_FALSE(FixtureType->GetID().IsValid());
+
+	// Undo gives the type back whole; its former patch was never recorded and stays without one.
 	GIsTransacting = true;
 	Transaction.Apply(true);
 	GIsTransacting = false;
 	EXPECT_EQ(Library->GetEntities(), (TArray<UDMXEntity*>{FixtureType, Patch}));
 	EXPECT_EQ(FixtureType->GetID(), TypeId);
-	EXPECT_EQ(Patch->GetFixtureType(), FixtureType);
-	EXPECT_EQ(Patch->GetChannelSpan(), 2);
+	EXPECT_EQ(FixtureType->Name, TEXT("Spot"));
+	EXPECT_EQ(FixtureType->GetParentLibrary(), Library);
+	ASSERT_EQ(FixtureType->Modes.Num(), 2);
+	EXPECT_EQ(FixtureType->Modes[1].Functions[0].DataType, EFormat::E16Bit);
+	EXPECT_EQ(Patch->GetFixtureType(), nullptr);
+	EXPECT_EQ(Patch->GetActiveModeIndex(), 1);
+	EXPECT_EQ(Patch->GetChannelSpan(), 0);
+
+	GIsTransacting = true;
+	Transaction.Apply(false);
+	GIsTransacting = false;
+	EXPECT_EQ(Library->GetEntities(), (TArray<UDMXEntity*>{Patch}));
+	EXPECT_FALSE(FixtureType->GetID().IsValid());
+	EXPECT_EQ(Patch->GetFixtureType(), nullptr);
 }
