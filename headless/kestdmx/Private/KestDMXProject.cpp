@@ -817,26 +817,3 @@ bool SaveKestDMXProject(const std::string& ProjectDir, FHeadlessEditor& Editor, 
 	}
 	return true;
 }
-
-std::string DescribeKestDMXProject(FHeadlessEditor& Editor)
-{
-	TArray<const UDMXLibrary*> Libraries;
-	FHeadlessObjectRegistry::Get().ForEachObject([&Libraries](UObject* Object)
-	{
-		const UDMXLibrary* Library = Cast<UDMXLibrary>(Object);
-		if (Library != nullptr && !Library->IsGarbage() && Cast<UPackage>(Library->GetOuter()) != nullptr)
-		{
-			Libraries.Add(Library);
-		}
-	});
-	Libraries.Sort([](const UDMXLibrary* A, const UDMXLibrary* B) { return A->GetPathName().Compare(B->GetPathName(), ESearchCase::CaseSensitive) < 0; });
-
-	std::string Text;
-	for (const UDMXLibrary* Library : Libraries)
-	{
-		Text += ToUTF8(Library->GetPathName()) + "\n" + WriteLibrary(Library).dump(1, '\t') + "\n";
-	}
-	UWorld* World = Editor.GetEditorWorld();
-	Text += ToUTF8(World->GetPackage()->GetName()) + "\n" + WriteLevel(World).dump(1, '\t') + "\n";
-	return Text;
-}

@@ -26,8 +26,3 @@ bool LoadKestDMXProject(const std::string& ProjectDir, FHeadlessEditor& Editor, 
 // cannot be saved. Saved packages become clean; their files go to OutSavedFiles.
 bool SaveKestDMXProject(const std::string& ProjectDir, FHeadlessEditor& Editor, std::string& OutError,
 	std::vector<std::string>* OutSavedFiles = nullptr);
-
-// The project's text for what is in memory now, as saving would write it: every DMX Library (by
-// object path) followed by the level. Nothing is written and no package changes state; tests
-// compare it before and after a change.
-std::string DescribeKestDMXProject(FHeadlessEditor& Editor);
