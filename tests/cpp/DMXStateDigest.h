@@ -17,6 +17,7 @@
 #include "Engine/World.h"
 #include "Game/DMXComponent.h"
 #include "GameFramework/Actor.h"
+#include "KestDMXText.h"
 #include "Library/DMXEntityFixturePatch.h"
 #include "Library/DMXEntityFixtureType.h"
 #include "Library/DMXLibrary.h"
@@ -33,11 +34,7 @@ namespace DMXStateDigest
 	};
 	using FDigest = std::vector<FLine>;
 
-	inline std::string ToUTF8(const FString& Text)
-	{
-		FTCHARToUTF8 Converted(*Text, Text.Len());
-		return Converted.Get() ? std::string(Converted.Get(), static_cast<size_t>(Converted.Length())) : std::string();
-	}
+	using ::ToUTF8;
 
 	inline std::string Quote(const FString& Text) { return "\"" + ToUTF8(Text) + "\""; }
 	inline std::string Quote(const FName& Name) { return Quote(Name.ToString()); }

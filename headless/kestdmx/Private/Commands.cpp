@@ -1,6 +1,7 @@
 #include "KestDMXRunner.h"
 #include "KestDMXProject.h"
 #include "LibraryReport.h"
+#include "KestDMXText.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -20,12 +21,6 @@ namespace
 		"       kestdmx test PATH...\n"
 		"       kestdmx inspect --project DIR [LIBRARY_PATH]\n"
 		"       kestdmx docs\n";
-
-	std::string ToUTF8(const FString& Text)
-	{
-		FTCHARToUTF8 Converted(*Text, Text.Len());
-		return std::string(Converted.Get(), static_cast<size_t>(Converted.Length()));
-	}
 
 	int PrintUsage(const std::string& Problem)
 	{

@@ -1,5 +1,6 @@
 #include "KestDMXRunner.h"
 #include "LibraryReport.h"
+#include "KestDMXText.h"
 
 #include "Editor.h"
 #include "Engine/World.h"
@@ -9,21 +10,6 @@
 #include "UObject/HeadlessObjectRegistry.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
-
-namespace
-{
-	FString ToEngine(const std::string& Text)
-	{
-		FUTF8ToTCHAR Converted(Text.c_str(), static_cast<int32>(Text.size()));
-		return FString(Converted.Length(), Converted.Get());
-	}
-
-	std::string ToUTF8(const FString& Text)
-	{
-		FTCHARToUTF8 Converted(*Text, Text.Len());
-		return std::string(Converted.Get(), static_cast<size_t>(Converted.Length()));
-	}
-}
 
 void InstallEditorLuaGlobal(sol::state& Lua, FHeadlessEditor& Editor)
 {

@@ -1,4 +1,5 @@
 #include "KestDMXProject.h"
+#include "KestDMXText.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -38,18 +39,6 @@ namespace
 	{
 		using std::runtime_error::runtime_error;
 	};
-
-	FString ToEngine(const std::string& Text)
-	{
-		FUTF8ToTCHAR Converted(Text.c_str(), static_cast<int32>(Text.size()));
-		return FString(Converted.Length(), Converted.Get());
-	}
-
-	std::string ToUTF8(const FString& Text)
-	{
-		FTCHARToUTF8 Converted(*Text, Text.Len());
-		return Converted.Get() ? std::string(Converted.Get(), static_cast<size_t>(Converted.Length())) : std::string();
-	}
 
 	// Names
 

@@ -1,4 +1,5 @@
 #include "LibraryReport.h"
+#include "KestDMXText.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -14,12 +15,6 @@
 
 namespace
 {
-	std::string ToUTF8(const FString& Text)
-	{
-		const FTCHARToUTF8 Converted(*Text, Text.Len());
-		return Converted.Get() ? std::string(Converted.Get(), static_cast<size_t>(Converted.Length())) : std::string();
-	}
-
 	// Writes the text and pads it with blanks to Width bytes.
 	void WritePadded(std::ostringstream& Out, const std::string& Text, size_t Width)
 	{
@@ -284,8 +279,7 @@ std::string FormatLibraryReport(UDMXLibrary* Library)
 
 UDMXLibrary* LoadLibraryForReport(const std::string& Path)
 {
-	const FUTF8ToTCHAR Converted(Path.c_str(), static_cast<int32>(Path.size()));
-	FString ObjectPath(Converted.Length(), Converted.Get());
+	FString ObjectPath = ToEngine(Path);
 	if (ObjectPath.IsEmpty())
 	{
 		return nullptr;
