@@ -15,9 +15,7 @@ namespace
 		void SetUp() override
 		{
 			FKestSessionTest::SetUp();
-			Run(R"(assert(editor.create_library("/Game/DMX/Stage") and editor.spawn_actor("Truss"))
-				local lib = dmx_library("/Game/DMX/Stage")
-				assert(lib:add("fixture_type", { name = "Spot" }) and lib:add("fixture_patch", { name = "Spot1", fixture_type = "Spot" })))");
+			RunSpotOnTrussScene();
 			Actor = FindEditorActorByNameOrLabel(FString(TEXT("Truss")));
 			ASSERT_NE(Actor, nullptr);
 		}

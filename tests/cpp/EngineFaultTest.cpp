@@ -19,10 +19,8 @@ namespace
 		void SetUp() override
 		{
 			FKestSessionTest::SetUp();
-			Run(R"(assert(editor.create_library("/Game/DMX/Stage") and editor.spawn_actor("Truss"))
-				local lib = dmx_library("/Game/DMX/Stage")
-				assert(lib:add("fixture_type", { name = "Spot" }) and lib:add("fixture_patch", { name = "Spot1", fixture_type = "Spot" }))
-				assert(dmx_component("Truss"):add({ name = "Rig", library = "/Game/DMX/Stage", fixture_patch = "Spot1" })))");
+			RunSpotOnTrussScene();
+			Run(R"(assert(dmx_component("Truss"):add({ name = "Rig", library = "/Game/DMX/Stage", fixture_patch = "Spot1" })))");
 			Library = LoadDMXLibrary(FString(TEXT("/Game/DMX/Stage")));
 			Actor = FindEditorActorByNameOrLabel(FString(TEXT("Truss")));
 			Rig = FindDMXComponentByName(Actor, FString(TEXT("Rig")));
