@@ -2,11 +2,8 @@
 // with chosen metatables), handed to the module's Lua entry points.
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
-#include "Editor.h"
-#include "Editor/TransBuffer.h"
-#include "KestDMXRunner.h"
+#include "KestSessionTest.h"
 
 namespace
 {
@@ -37,12 +34,12 @@ namespace
 		return 1;
 	}
 
-	class FReliabilityFuzzTest : public ::testing::Test
+	class FReliabilityFuzzTest : public FKestSessionTest
 	{
 	protected:
 		void SetUp() override
 		{
-			Session = std::make_unique<FKestDMXSession>();
+			FKestSessionTest::SetUp();
 			lua_register(Session->GetLua().GetState().lua_state(), "make_userdata", &MakeUserdata);
 			Run(R"(
 				assert(editor.create_library("/Game/DMX/Stage"))
@@ -53,16 +50,12 @@ namespace
 				assert(editor.spawn_actor("Truss"))
 			)");
 		}
-		void TearDown() override { Session.reset(); }
-
+		// Every script must also leave no transaction open.
 		void Run(const std::string& Code)
 		{
-			std::string Error;
-			EXPECT_TRUE(Session->RunScript(Code, "reliability_fuzz_test", Error)) << Error;
+			FKestSessionTest::Run(Code);
 			EXPECT_EQ(GEditor->Trans->GetActiveCount(), 0);
 		}
-
-		std::unique_ptr<FKestDMXSession> Session;
 	};
 }
 
