@@ -4,7 +4,7 @@
 set -euo pipefail
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-packages=(build-essential cmake ninja-build clang libclang-rt-dev liblua5.4-dev pkg-config
+packages=(build-essential cmake ninja-build ccache clang libclang-rt-dev liblua5.4-dev pkg-config libcli11-dev
 	libgtest-dev libbenchmark-dev nlohmann-json3-dev valgrind)
 
 missing=()

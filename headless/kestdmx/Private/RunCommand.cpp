@@ -1,0 +1,106 @@
+// kestdmx run [--project DIR] SCRIPT.lua...: the scripts in order in one session of a fresh headless
+// editor; with a project, it is loaded first and saved like the editor's "save all" once every
+// script has run.
+// CLI11 first: the engine's check() macro would rewrite its Option::check.
+#include <CLI/CLI.hpp>
+
+#include "KestDMXCommands.h"
+#include "KestDMXProject.h"
+#include "KestDMXRunner.h"
+
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <system_error>
+
+namespace
+{
+	struct FRunOptions
+	{
+		std::string ProjectDir;
+		std::vector<std::string> Scripts;
+	};
+
+	// A project folder that does not exist yet is made, so a first run starts an empty project.
+	bool PrepareProjectFolder(const std::string& ProjectDir, std::string& OutError)
+	{
+		std::error_code Error;
+		const std::filesystem::file_status Status = std::filesystem::status(ProjectDir, Error);
+		if (std::filesystem::is_directory(Status))
+		{
+			return true;
+		}
+		if (std::filesystem::exists(Status))
+		{
+			OutError = "the project folder " + ProjectDir + " is not a folder";
+			return false;
+		}
+		if (!std::filesystem::create_directories(ProjectDir, Error) && Error)
+		{
+			OutError = "cannot create the project folder " + ProjectDir + ": " + Error.message();
+			return false;
+		}
+		return true;
+	}
+
+	int RunScripts(const FRunOptions& Options)
+	{
+		for (const std::string& Script : Options.Scripts)
+		{
+			if (!std::filesystem::is_regular_file(Script))
+			{
+				return ReportFailure("no such script: " + Script);
+			}
+		}
+		if (!Options.ProjectDir.empty())
+		{
+			std::string Error;
+			if (!PrepareProjectFolder(Options.ProjectDir, Error))
+			{
+				return ReportFailure(Error);
+			}
+		}
+		FKestDMXSession Session;
+		if (!Options.ProjectDir.empty())
+		{
+			std::string Error;
+			const bool bLoaded = LoadKestDMXProject(Options.ProjectDir, Session.GetEditor(), Error);
+			FlushEngineWarnings();
+			if (!bLoaded)
+			{
+				return ReportFailure(Error);
+			}
+		}
+		for (const std::string& Script : Options.Scripts)
+		{
+			std::string Error;
+			const bool bRan = Session.GetLua().RunFile(Script, Error);
+			FlushEngineWarnings();
+			if (!bRan)
+			{
+				std::cerr << Error << "\n";
+				return KestDMXExitFailure;
+			}
+		}
+		if (!Options.ProjectDir.empty())
+		{
+			std::string Error;
+			if (!SaveKestDMXProject(Options.ProjectDir, Session.GetEditor(), Error))
+			{
+				return ReportFailure(Error);
+			}
+		}
+		return KestDMXExitSuccess;
+	}
+}
+
+void AddRunCommand(CLI::App& App, int& OutExitCode)
+{
+	auto Options = std::make_shared<FRunOptions>();
+	CLI::App* Command = App.add_subcommand("run", "Run scripts in order in one session of a fresh headless editor.");
+	Command->add_option("--project", Options->ProjectDir,
+		"Load the project in DIR first (made when missing) and save its dirty packages when every script ran")
+		->type_name("DIR");
+	Command->add_option("scripts", Options->Scripts, "Lua scripts")->type_name("SCRIPT.lua")->required();
+	Command->callback([Options, &OutExitCode]() { OutExitCode = RunScripts(*Options); });
+}
