@@ -90,6 +90,22 @@ namespace DMXStateDigest
 		Out << "]";
 	}
 
+	// The modes as an undo or redo that restores their type leaves them: each mode's functions aligned
+	// and its span recomputed (the editor's PostEditChange). Types are described this way, so that a
+	// state compares equal with what undo or redo gives back for it.
+	inline TArray<FDMXFixtureMode> RealignModes(const TArray<FDMXFixtureMode>& Modes)
+	{
+		// Made once, outside any library, and never registered: only its mode helpers are used.
+		static UDMXEntityFixtureType* const Scratch = static_cast<UDMXEntityFixtureType*>(UDMXEntityFixtureType::StaticClass()->CreateInstance());
+		Scratch->Modes = Modes;
+		for (int32 ModeIndex = 0; ModeIndex < Scratch->Modes.Num(); ++ModeIndex)
+		{
+			Scratch->AlignFunctionChannels(ModeIndex);
+			Scratch->UpdateChannelSpan(ModeIndex);
+		}
+		return Scratch->Modes;
+	}
+
 	// What the patch derives from its type, mode and channel: the cache and everything read from it.
 	inline std::string DescribePatchDerived(const UDMXEntityFixturePatch* Patch)
 	{
@@ -137,7 +153,7 @@ namespace DMXStateDigest
 		{
 			Out << " category " << Quote(FixtureType->DMXCategory.Name) << " gdtf " << FixtureType->bExportGeneratedGDTF
 				<< FixtureType->bShowOnlyLatestGDTFModeRevisions << " modes " << FixtureType->Modes.Num();
-			for (const FDMXFixtureMode& Mode : FixtureType->Modes)
+			for (const FDMXFixtureMode& Mode : RealignModes(FixtureType->Modes))
 			{
 				DescribeMode(Out, Mode);
 			}
@@ -173,9 +189,16 @@ namespace DMXStateDigest
 			UDMXEntityFixturePatch* Patch = Cast<UDMXEntityFixturePatch>(Reference.DMXLibrary->GetEntities()[Index]);
 			Named = Patch != nullptr && Reference == FDMXEntityFixturePatchRef(Patch) ? DescribeObject(Patch) : Named;
 		}
+		// Resolved afresh from library and id, as a restored reference is: a reference cache that still
+		// holds a removed patch is not state that undo gives back.
+		FHeadlessStateArchive Saved = FHeadlessStateArchive::ForSaving();
+		const_cast<FDMXEntityFixturePatchRef&>(Reference).SerializeHeadlessState(Saved);
+		FDMXEntityFixturePatchRef Fresh;
+		FHeadlessStateArchive Restored = FHeadlessStateArchive::ForLoading(Saved.TakeValues());
+		Fresh.SerializeHeadlessState(Restored);
 		const UClass* Class = Reference.GetEntityType().Get();
 		return "ref library " + DescribeObject(Reference.DMXLibrary) + " class " + (Class ? ToUTF8(Class->GetName()) : std::string("none"))
-			+ " picker " + std::to_string(Reference.bDisplayLibraryPicker) + " id " + Named + " resolves " + DescribeObject(Reference.GetFixturePatch());
+			+ " picker " + std::to_string(Reference.bDisplayLibraryPicker) + " id " + Named + " resolves " + DescribeObject(Fresh.GetFixturePatch());
 	}
 
 	inline void AddLevel(FDigest& Digest, const UWorld* World)

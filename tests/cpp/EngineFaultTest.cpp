@@ -91,18 +91,16 @@ TEST_F(FEngineFaultTest, AnUnresolvedLibraryPathKeepsTheEnginesLoadWarning)
 	Warnings.Reset();
 }
 
-// SetFixturePatch(nullptr), as a failed "library" load makes it, invalidates the reference's id but
-// keeps the engine's weak cache of the patch: the component goes on answering the patch, yet the
-// reference no longer holds it, and a saved level has no patch for it.
+// SetFixturePatch(nullptr), as a failed "library" load makes it, clears the component's patch: the
+// reference holds no patch, the component answers none, and a saved level has none for it.
 TEST_F(FEngineFaultTest, FailingLibraryLoadClearsTheComponentsReference)
 {
 	ASSERT_TRUE(RigHoldsSpot1());
 	FHeadlessObjectRegistry::Get().FailingLoads.Add(FString(TEXT("/Game/DMX/Stage.Stage")));
 	const int32 Steps = GEditor->Trans->GetQueueLength();
-	// What the engine answers for the component: its cached patch.
-	Run(R"(assert(assert(dmx_component("Truss"):add({ name = "Rig", library = "/Game/DMX/Stage", fixture_patch = "Spot1" })).components[1].fixture_patch == "Spot1"))");
+	Run(R"(assert(assert(dmx_component("Truss"):add({ name = "Rig", library = "/Game/DMX/Stage", fixture_patch = "Spot1" })).components[1].fixture_patch == ""))");
 	EXPECT_FALSE(RigHoldsSpot1()) << "add cleared the reference";
-	EXPECT_EQ(Rig->GetFixturePatch(), FindFixturePatchByName(Library, FString(TEXT("Spot1")))) << "the weak cache still answers the patch";
+	EXPECT_EQ(Rig->GetFixturePatch(), nullptr) << "the cleared reference answers no patch";
 	EXPECT_EQ(GEditor->Trans->GetQueueLength(), Steps) << "a reusing add records nothing";
 
 	Rig->FixturePatchRef = FDMXEntityFixturePatchRef(FindFixturePatchByName(Library, FString(TEXT("Spot1"))));

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <new>
 #include "UObject/Object.h"
 #include "UObject/HeadlessObjectRegistry.h"
 #include "UObject/Package.h"
@@ -20,9 +22,53 @@ void UPackage::SerializeHeadlessState(FHeadlessStateArchive& Ar)
 	Super::SerializeHeadlessState(Ar);
 }
 
+void UPackage::SetDirtyFlag(bool bInIsDirty)
+{
+	if (!bInIsDirty && !GIsTransacting)
+	{
+		++SaveCount;
+	}
+	bDirty = bInIsDirty;
+}
+
 void UObject::SerializeHeadlessState(FHeadlessStateArchive& Ar)
 {
-	Ar << NamePrivate << OuterPrivate;
+	FName Name = NamePrivate;
+	UObject* Outer = OuterPrivate;
+	Ar << Name << Outer;
+	if (Ar.IsLoading())
+	{
+		SetNameAndOuter(Name, Outer);
+	}
+}
+
+void UObject::SetNameAndOuter(FName NewName, UObject* NewOuter)
+{
+	if (NewOuter == OuterPrivate && NewName.ToString().Equals(NamePrivate.ToString()))
+	{
+		return;
+	}
+	FHeadlessObjectRegistry& Registry = FHeadlessObjectRegistry::Get();
+	const bool bIndexed = RegistrationSerial != 0;
+	if (bIndexed)
+	{
+		Registry.Unindex(this);
+	}
+	NamePrivate = NewName;
+	OuterPrivate = NewOuter;
+	if (bIndexed)
+	{
+		Registry.Index(this);
+	}
+}
+
+void UObject::MarkAsGarbage()
+{
+	if (!bGarbage && RegistrationSerial != 0)
+	{
+		FHeadlessObjectRegistry::Get().NoteNameFreed(OuterPrivate, NamePrivate);
+	}
+	bGarbage = true;
 }
 
 UPackage* UObject::GetOutermost() const
@@ -72,7 +118,6 @@ FString UObject::GetFullName() const
 
 bool UObject::Rename(const TCHAR* NewName, UObject* NewOuter, uint32 Flags)
 {
-	(void)Flags;
 	UObject* TargetOuter = NewOuter ? NewOuter : OuterPrivate;
 	const FName TargetName = NewName ? FName(NewName) : MakeUniqueObjectName(TargetOuter, ClassPrivate);
 	UObject* Existing = StaticFindObjectFast(nullptr, TargetOuter, TargetName);
@@ -80,8 +125,16 @@ bool UObject::Rename(const TCHAR* NewName, UObject* NewOuter, uint32 Flags)
 	{
 		return false;
 	}
-	NamePrivate = TargetName;
-	OuterPrivate = TargetOuter;
+	if (Flags & REN_Test)
+	{
+		return true;
+	}
+	// Editor builds mark the object before renaming it, through any override of Modify.
+	if (!(Flags & REN_NonTransactional))
+	{
+		Modify(!(Flags & REN_DoNotDirty));
+	}
+	SetNameAndOuter(TargetName, TargetOuter);
 	return true;
 }
 
@@ -90,11 +143,12 @@ bool UObject::Modify(bool bAlwaysMarkDirty)
 	bool bSaved = false;
 	if (GUndo && HasAnyFlags(RF_Transactional))
 	{
+		// Saved first, so that the transaction sees the package's dirty flag from before the step.
+		GUndo->SaveObject(this);
 		if (bAlwaysMarkDirty)
 		{
 			MarkPackageDirty();
 		}
-		GUndo->SaveObject(this);
 		bSaved = true;
 	}
 	if (!bSaved && bAlwaysMarkDirty)
@@ -137,14 +191,116 @@ FHeadlessObjectRegistry& FHeadlessObjectRegistry::Get()
 
 void FHeadlessObjectRegistry::Register(UObject* Object)
 {
-	Objects.emplace_back(Object);
+	std::unique_ptr<UObject> Owned(Object);
+	Objects.reserve(Objects.size() + 1);
+	Object->RegistrationSerial = NextSerial++;
+	Index(Object);
+	Objects.push_back(std::move(Owned));
+}
+
+void FHeadlessObjectRegistry::CountAllocation()
+{
+	if (AllocationsBeforeFailure >= 0 && AllocationsBeforeFailure-- == 0)
+	{
+		throw std::bad_alloc();
+	}
+}
+
+void FHeadlessObjectRegistry::Index(UObject* Object)
+{
+	std::vector<UObject*>& Bucket = ObjectsByOuterAndName[FOuterAndName{Object->OuterPrivate, Object->NamePrivate}];
+	auto Position = Bucket.end();
+	while (Position != Bucket.begin() && (*(Position - 1))->RegistrationSerial > Object->RegistrationSerial)
+	{
+		--Position;
+	}
+	Bucket.insert(Position, Object);
+}
+
+void FHeadlessObjectRegistry::Unindex(UObject* Object)
+{
+	const FOuterAndName Key{Object->OuterPrivate, Object->NamePrivate};
+	auto Found = ObjectsByOuterAndName.find(Key);
+	if (Found == ObjectsByOuterAndName.end())
+	{
+		return;
+	}
+	std::vector<UObject*>& Bucket = Found->second;
+	Bucket.erase(std::remove(Bucket.begin(), Bucket.end(), Object), Bucket.end());
+	if (Bucket.empty())
+	{
+		ObjectsByOuterAndName.erase(Found);
+	}
+	if (!Object->bGarbage)
+	{
+		NoteNameFreed(Key.Outer, Key.Name);
+	}
+}
+
+void FHeadlessObjectRegistry::NoteNameFreed(const UObject* Outer, FName Name)
+{
+	if (Name.GetNumber() == NAME_NO_NUMBER_INTERNAL)
+	{
+		return;
+	}
+	auto Hint = FirstFreeNumberHints.find(FOuterAndText{Outer, Name.GetPlainNameString()});
+	if (Hint != FirstFreeNumberHints.end())
+	{
+		Hint->second = FMath::Min(Hint->second, NAME_INTERNAL_TO_EXTERNAL(Name.GetNumber()));
+	}
+}
+
+UObject* FHeadlessObjectRegistry::FindObject(const UClass* Class, const UObject* Outer, FName Name, bool bExactClass) const
+{
+	const auto Found = ObjectsByOuterAndName.find(FOuterAndName{Outer, Name});
+	if (Found == ObjectsByOuterAndName.end())
+	{
+		return nullptr;
+	}
+	for (UObject* Object : Found->second)
+	{
+		if (Object->IsGarbage())
+		{
+			continue;
+		}
+		if (Class && (bExactClass ? Object->GetClass() != Class : !Object->IsA(Class)))
+		{
+			continue;
+		}
+		return Object;
+	}
+	return nullptr;
+}
+
+FName FHeadlessObjectRegistry::FindUnusedNumberedName(const UObject* Outer, const FString& Base, int32 Start)
+{
+	int32& Hint = FirstFreeNumberHints.try_emplace(FOuterAndText{Outer, Base}, 0).first->second;
+	const bool bFromHint = Start <= Hint;
+	for (int32 Number = bFromHint ? Hint : Start;; ++Number)
+	{
+		const FName Candidate(Base + TEXT("_") + FString::FromInt(Number));
+		if (!FindObject(nullptr, Outer, Candidate, false))
+		{
+			if (bFromHint)
+			{
+				Hint = Number;
+			}
+			return Candidate;
+		}
+	}
 }
 
 void FHeadlessObjectRegistry::DestroyAll()
 {
 	std::vector<std::unique_ptr<UObject>> Doomed = std::move(Objects);
 	Objects.clear();
-	Doomed.clear();
+	ObjectsByOuterAndName.clear();
+	FirstFreeNumberHints.clear();
+	// Newest first, so that objects leave any list of their own kind from its end.
+	while (!Doomed.empty())
+	{
+		Doomed.pop_back();
+	}
 	FailingLoads.Empty();
 	FailingNewObjects.Empty();
 	Warnings.Reset();
@@ -179,7 +335,16 @@ UObject* StaticConstructObjectHeadless(UClass* Class, UObject* Outer, FName Name
 	FHeadlessObjectRegistry::Get().Register(Object);
 	if (GUndo && Object->HasAnyFlags(RF_Transactional))
 	{
-		GUndo->RecordCreatedObject(Object);
+		try
+		{
+			GUndo->RecordCreatedObject(Object);
+		}
+		catch (...)
+		{
+			// An object the step could not record would outlive its undo: it never comes to be.
+			Object->MarkAsGarbage();
+			throw;
+		}
 	}
 	Object->PostInitProperties();
 	return Object;
@@ -187,20 +352,7 @@ UObject* StaticConstructObjectHeadless(UClass* Class, UObject* Outer, FName Name
 
 UObject* StaticFindObjectFast(UClass* Class, UObject* InOuter, FName InName, bool bExactClass)
 {
-	UObject* Found = nullptr;
-	FHeadlessObjectRegistry::Get().ForEachObject([&](UObject* Object)
-	{
-		if (Found || Object->GetOuter() != InOuter || Object->IsGarbage() || !(Object->GetFName() == InName))
-		{
-			return;
-		}
-		if (Class && (bExactClass ? Object->GetClass() != Class : !Object->IsA(Class)))
-		{
-			return;
-		}
-		Found = Object;
-	});
-	return Found;
+	return FHeadlessObjectRegistry::Get().FindObject(Class, InOuter, InName, bExactClass);
 }
 
 UObject* StaticFindObject(UClass* Class, UObject* InOuter, const TCHAR* Name)
@@ -211,14 +363,7 @@ UObject* StaticFindObject(UClass* Class, UObject* InOuter, const TCHAR* Name)
 FName MakeUniqueObjectName(UObject* Outer, const UClass* Class, FName BaseName)
 {
 	const FString Base = BaseName.IsNone() ? (Class ? Class->GetName() : FString(TEXT("Object"))) : BaseName.GetPlainNameString();
-	for (int32 Number = BaseName.IsNone() ? 0 : NAME_INTERNAL_TO_EXTERNAL(BaseName.GetNumber()) + 1;; ++Number)
-	{
-		const FName Candidate(Base + TEXT("_") + FString::FromInt(Number));
-		if (!StaticFindObjectFast(nullptr, Outer, Candidate))
-		{
-			return Candidate;
-		}
-	}
+	return FHeadlessObjectRegistry::Get().FindUnusedNumberedName(Outer, Base, BaseName.IsNone() ? 0 : NAME_INTERNAL_TO_EXTERNAL(BaseName.GetNumber()) + 1);
 }
 
 UPackage* FindPackage(UObject* InOuter, const TCHAR* PackageName)

@@ -36,7 +36,8 @@ UDMXComponent::UDMXComponent()
 void UDMXComponent::SerializeHeadlessState(FHeadlessStateArchive& Ar)
 {
 	Super::SerializeHeadlessState(Ar);
-	Ar << FixturePatchRef << bReceiveDMXFromPatch;
+	FixturePatchRef.SerializeHeadlessState(Ar);
+	Ar << bReceiveDMXFromPatch;
 }
 
 UDMXEntityFixturePatch* UDMXComponent::GetFixturePatch() const

@@ -14,6 +14,13 @@ void UDMXEntity::SerializeHeadlessState(FHeadlessStateArchive& Ar)
 {
 	Super::SerializeHeadlessState(Ar);
 	Ar << Name << ParentLibrary << Id;
+	if (Ar.IsLoading())
+	{
+		if (UDMXLibrary* Library = Cast<UDMXLibrary>(GetOuter()))
+		{
+			Library->HandleEntityStateRestored();
+		}
+	}
 }
 
 void UDMXEntity::PostInitProperties()
@@ -38,6 +45,10 @@ void UDMXEntity::SetName(const FString& InNewName)
 	Rename(*UniqueObjectName.ToString());
 
 	Name = InNewName;
+	if (UDMXLibrary* Library = Cast<UDMXLibrary>(GetOuter()))
+	{
+		Library->HandleEntityNameChanged(this);
+	}
 }
 
 void UDMXEntity::Destroy()

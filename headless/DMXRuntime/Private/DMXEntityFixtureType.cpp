@@ -124,9 +124,27 @@ void UDMXEntityFixtureType::BroadcastFixtureTypeChanged()
 	GetOnFixtureTypeChanged().Broadcast(this);
 }
 
+bool UDMXEntityFixtureType::Modify(bool bAlwaysMarkDirty)
+{
+	if (UDMXLibrary* DMXLibrary = GetParentLibrary())
+	{
+		return DMXLibrary->Modify(bAlwaysMarkDirty) && Super::Modify(bAlwaysMarkDirty);
+	}
+	return Super::Modify(bAlwaysMarkDirty);
+}
+
 void UDMXEntityFixtureType::PostEditUndo()
 {
 	Super::PostEditUndo();
+
+	// PostEditChange with an empty, non-interactive event.
+	for (int32 ModeIndex = 0; ModeIndex < Modes.Num(); ++ModeIndex)
+	{
+		AlignFunctionChannels(ModeIndex);
+		UpdateChannelSpan(ModeIndex);
+	}
+	BroadcastFixtureTypeChanged();
+
 	BroadcastFixtureTypeChanged();
 }
 

@@ -26,9 +26,22 @@ void FDMXEntityReference::SetEntity(UDMXEntity* NewEntity)
 		EntityType = NewEntity->GetClass();
 		CachedEntity = NewEntity;
 	}
-	else if (EntityId.IsValid())
+	else
 	{
-		EntityId.Invalidate();
+		if (EntityId.IsValid())
+		{
+			EntityId.Invalidate();
+		}
+		CachedEntity.Reset();
+	}
+}
+
+void FDMXEntityReference::SerializeHeadlessState(FHeadlessStateArchive& Ar)
+{
+	Ar << DMXLibrary << bDisplayLibraryPicker << EntityType << EntityId;
+	if (Ar.IsLoading())
+	{
+		CachedEntity.Reset();
 	}
 }
 

@@ -1,11 +1,39 @@
 #include "Library/DMXLibrary.h"
 
+#include "DMXEntityNameIndex.h"
+
 IMPLEMENT_HEADLESS_CLASS(UDMXLibrary, UDMXObjectBase, "DMXLibrary")
+
+UDMXLibrary::UDMXLibrary()
+	: NameIndex(std::make_unique<FDMXEntityNameIndex>())
+{
+}
+
+UDMXLibrary::~UDMXLibrary() = default;
 
 void UDMXLibrary::SerializeHeadlessState(FHeadlessStateArchive& Ar)
 {
 	Super::SerializeHeadlessState(Ar);
 	Ar << Entities << LastAddedEntity;
+	if (Ar.IsLoading())
+	{
+		NameIndex->Invalidate();
+	}
+}
+
+FString UDMXLibrary::FindUniqueEntityName(const UClass* EntityClass, const FString& BaseName) const
+{
+	return NameIndex->FindUniqueName(*this, EntityClass, BaseName);
+}
+
+void UDMXLibrary::HandleEntityNameChanged(UDMXEntity* Entity)
+{
+	NameIndex->Update(Entity);
+}
+
+void UDMXLibrary::HandleEntityStateRestored()
+{
+	NameIndex->Invalidate();
 }
 
 TArray<UDMXEntity*> UDMXLibrary::GetEntitiesOfType(TSubclassOf<UDMXEntity> InEntityClass) const
@@ -96,6 +124,7 @@ void UDMXLibrary::RegisterEntity(UDMXEntity* Entity)
 
 	Entities.Add(Entity);
 	LastAddedEntity = Entity;
+	NameIndex->Add(Entity);
 	GetOnEntitiesAdded().Broadcast(this, TArray<UDMXEntity*>{Entity});
 }
 
@@ -103,6 +132,7 @@ void UDMXLibrary::UnregisterEntity(UDMXEntity* Entity)
 {
 	if (Entities.Remove(Entity) > 0)
 	{
+		NameIndex->Remove(Entity);
 		GetOnEntitiesRemoved().Broadcast(this, TArray<UDMXEntity*>{Entity});
 	}
 }

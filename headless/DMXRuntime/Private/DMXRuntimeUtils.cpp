@@ -2,40 +2,13 @@
 
 #include "Library/DMXEntity.h"
 #include "Library/DMXLibrary.h"
+#include "DMXUniqueNameGenerator.h"
 
 FString FDMXRuntimeUtils::GenerateUniqueNameFromExisting(const TSet<FString>& InExistingNames, const FString& InBaseName)
 {
-	if (!InBaseName.IsEmpty() && !InExistingNames.Contains(InBaseName))
-	{
-		return InBaseName;
-	}
-
-	FString BaseName;
-	int32 Index = 0;
-	if (InBaseName.IsEmpty())
-	{
-		BaseName = TEXT("Default name");
-	}
-	else
-	{
-		GetNameAndIndexFromString(InBaseName, BaseName, Index);
-	}
-
-	// Counted in 64 bit so that a base ending in INT32_MAX cannot overflow.
-	int64 Count = Index == 0 ? 1 : Index;
-	FString UniqueName;
-	do
-	{
-		const FString CountText = FString::Printf(TEXT("%d"), Count);
-		if (BaseName.Len() + CountText.Len() + 2 >= NAME_SIZE)
-		{
-			BaseName = BaseName.Left(NAME_SIZE - CountText.Len() - 2);
-		}
-		UniqueName = BaseName + TEXT("_") + CountText;
-		++Count;
-	} while (InExistingNames.Contains(UniqueName));
-
-	return UniqueName;
+	int64 NoHint = 0;
+	return UE::DMX::Private::GenerateUniqueName([&InExistingNames](const FString& Name) { return InExistingNames.Contains(Name); },
+		[&NoHint](const FString&) -> int64& { return NoHint = 0; }, InBaseName);
 }
 
 bool FDMXRuntimeUtils::GetNameAndIndexFromString(const FString& InString, FString& OutName, int32& OutIndex)
@@ -64,18 +37,10 @@ bool FDMXRuntimeUtils::GetNameAndIndexFromString(const FString& InString, FStrin
 
 FString FDMXRuntimeUtils::FindUniqueEntityName(const UDMXLibrary* InLibrary, TSubclassOf<UDMXEntity> InEntityClass, const FString& InBaseName)
 {
-	TSet<FString> ExistingNames;
-	if (InLibrary)
-	{
-		for (const UDMXEntity* Entity : InLibrary->GetEntities())
-		{
-			if (Entity && Entity->IsA(InEntityClass))
-			{
-				ExistingNames.Add(Entity->GetDisplayName());
-			}
-		}
-	}
-
 	const FString BaseName = InBaseName.IsEmpty() && InEntityClass ? InEntityClass->GetName() : InBaseName;
-	return GenerateUniqueNameFromExisting(ExistingNames, BaseName);
+	if (!InLibrary)
+	{
+		return GenerateUniqueNameFromExisting(TSet<FString>(), BaseName);
+	}
+	return InLibrary->FindUniqueEntityName(InEntityClass, BaseName);
 }

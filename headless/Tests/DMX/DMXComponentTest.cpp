@@ -35,8 +35,28 @@ TEST_F(DMXRuntimeComponent, ReceiveFlagPatchReferenceAndTick)
 	Component->SetReceiveDMXFromPatch(false);
 	EXPECT_FALSE(Component->IsComponentTickEnabled());
 
-	// Null only invalidates the id: the live patch still resolves through the reference's cache.
+	// Null clears the patch: nothing resolves any more, and the same patch can be assigned again.
 	Component->SetFixturePatch(nullptr);
 	EXPECT_FALSE(Component->FixturePatchRef == FDMXEntityFixturePatchRef(OtherPatch));
+	EXPECT_EQ(Component->GetFixturePatch(), nullptr);
+	Component->SetFixturePatch(OtherPatch);
 	EXPECT_EQ(Component->GetFixturePatch(), OtherPatch);
+	EXPECT_TRUE(Component->FixturePatchRef == FDMXEntityFixturePatchRef(OtherPatch));
+}
+
+TEST_F(DMXRuntimeComponent, ARestoredReferenceResolvesFromItsIdNotFromItsCache)
+{
+	UDMXEntityFixtureType* FixtureType = CreateFixtureType(TEXT("Spot"), {MakeFunction(TEXT("Dimmer"), 1)});
+	UDMXEntityFixturePatch* Patch = CreatePatch(FixtureType, TEXT("Spot1"));
+	UDMXEntityFixturePatch* OtherPatch = CreatePatch(FixtureType, TEXT("Spot2"));
+	UDMXComponent* Component = NewObject<UDMXComponent>(Package, FName(TEXT("DMX")), RF_Transactional);
+	Component->SetFixturePatch(Patch);
+	FHeadlessStateArchive Saving = FHeadlessStateArchive::ForSaving();
+	Component->SerializeHeadlessState(Saving);
+	Component->SetFixturePatch(OtherPatch);
+
+	// What undo does: the reference's fields come back, its cache (of the other patch) does not.
+	FHeadlessStateArchive Loading = FHeadlessStateArchive::ForLoading(Saving.TakeValues());
+	Component->SerializeHeadlessState(Loading);
+	EXPECT_EQ(Component->GetFixturePatch(), Patch);
 }

@@ -1,4 +1,7 @@
 #include "Editor/TransBuffer.h"
+
+#include <algorithm>
+#include "UObject/HeadlessObjectRegistry.h"
 #include "Editor/EditorEngine.h"
 #include "ScopedTransaction.h"
 
@@ -16,26 +19,31 @@ void FTransaction::SaveObject(UObject* Object)
 	{
 		return;
 	}
+	FHeadlessObjectRegistry::Get().CountAllocation();
 	FHeadlessStateArchive Ar = FHeadlessStateArchive::ForSaving();
 	Object->SerializeHeadlessState(Ar);
+	RecordPackage(Object);
+	Records.reserve(Records.size() + 1);
+	RecordedObjects.insert(Object);
 	Records.push_back(FRecord{Object, Ar.TakeValues()});
 }
 
 void FTransaction::RecordCreatedObject(UObject* Object)
 {
+	FHeadlessObjectRegistry::Get().CountAllocation();
+	RecordPackage(Object);
 	CreatedObjects.push_back(Object);
 }
 
-bool FTransaction::ContainsObject(const UObject* Object) const
+void FTransaction::RecordPackage(const UObject* Object)
 {
-	for (const FRecord& Record : Records)
+	UPackage* Package = Object->GetOutermost();
+	if (!Package || std::any_of(Packages.begin(), Packages.end(), [Package](const FPackageRecord& Record) { return Record.Package == Package; }))
 	{
-		if (Record.Object == Object)
-		{
-			return true;
-		}
+		return;
 	}
-	return false;
+	FHeadlessObjectRegistry::Get().CountAllocation();
+	Packages.push_back(FPackageRecord{Package, Package->IsDirty(), Package->GetSaveCount()});
 }
 
 void FTransaction::Apply(bool bUndo)
@@ -60,25 +68,50 @@ void FTransaction::Apply(bool bUndo)
 		Record.Object->SerializeHeadlessState(Saved);
 		Record.SavedState = Current.TakeValues();
 	}
+	// Only once every object is back: PostEditUndo may look at the others.
 	for (FRecord& Record : Records)
 	{
 		Record.Object->PostEditUndo();
+	}
+	ApplyPackageFlags();
+}
+
+void FTransaction::ApplyPackageFlags()
+{
+	for (FPackageRecord& Record : Packages)
+	{
+		UPackage* Package = Record.Package;
+		if (Package->IsGarbage())
+		{
+			continue;
+		}
+		const bool bDirtyBefore = Package->IsDirty();
+		// A package saved since holds on disk what it held before this is applied: it is dirty now,
+		// and clean again when the step is applied back.
+		Package->SetDirtyFlag(Package->GetSaveCount() == Record.SaveCount ? Record.bDirty : true);
+		Record.bDirty = Package->GetSaveCount() == Record.SaveCount ? bDirtyBefore : false;
+		Record.SaveCount = Package->GetSaveCount();
 	}
 }
 
 int32 UTransBuffer::Begin(const TCHAR* SessionContext, const FText& Description, UObject* PrimaryObject)
 {
-	const int32 Result = ActiveCount++;
-	if (Result == 0)
+	if (ActiveCount == 0)
 	{
+		// Everything that can fail comes before anything changes, so a failure leaves nothing open.
+		FHeadlessObjectRegistry::Get().CountAllocation();
+		std::unique_ptr<FTransaction> Transaction = std::make_unique<FTransaction>(FString(SessionContext), Description, PrimaryObject);
+		const size_t Kept = UndoBuffer.size() - static_cast<size_t>(UndoCount);
+		FHeadlessObjectRegistry::Get().CountAllocation();
+		UndoBuffer.reserve(Kept + 1);
 		// A new step discards the steps that were undone and not redone.
-		UndoBuffer.resize(UndoBuffer.size() - static_cast<size_t>(UndoCount));
+		UndoBuffer.resize(Kept);
 		UndoCount = 0;
-		UndoBuffer.push_back(std::make_unique<FTransaction>(FString(SessionContext), Description, PrimaryObject));
+		UndoBuffer.push_back(std::move(Transaction));
 		Current = UndoBuffer.back().get();
 		GUndo = Current;
 	}
-	return Result;
+	return ActiveCount++;
 }
 
 int32 UTransBuffer::End()
@@ -96,12 +129,23 @@ void UTransBuffer::Cancel(int32 StartIndex)
 	if (StartIndex == 0 && ActiveCount > 0 && Current)
 	{
 		// Whatever was recorded is put back first, as the editor does when a transaction is cancelled.
-		Current->Apply(true);
-		UndoBuffer.pop_back();
+		FTransaction* Cancelled = Current;
 		Current = nullptr;
 		GUndo = nullptr;
 		ActiveCount = 0;
+		ApplyTransaction(*Cancelled, true);
+		UndoBuffer.pop_back();
 	}
+}
+
+void UTransBuffer::ApplyTransaction(FTransaction& Transaction, bool bUndo)
+{
+	struct FTransactingScope
+	{
+		FTransactingScope() { GIsTransacting = true; }
+		~FTransactingScope() { GIsTransacting = false; }
+	} Scope;
+	Transaction.Apply(bUndo);
 }
 
 bool UTransBuffer::Undo()
@@ -112,9 +156,7 @@ bool UTransBuffer::Undo()
 	}
 	FTransaction& Transaction = *UndoBuffer[UndoBuffer.size() - 1 - static_cast<size_t>(UndoCount)];
 	++UndoCount;
-	GIsTransacting = true;
-	Transaction.Apply(true);
-	GIsTransacting = false;
+	ApplyTransaction(Transaction, true);
 	return true;
 }
 
@@ -126,9 +168,7 @@ bool UTransBuffer::Redo()
 	}
 	--UndoCount;
 	FTransaction& Transaction = *UndoBuffer[UndoBuffer.size() - 1 - static_cast<size_t>(UndoCount)];
-	GIsTransacting = true;
-	Transaction.Apply(false);
-	GIsTransacting = false;
+	ApplyTransaction(Transaction, false);
 	return true;
 }
 

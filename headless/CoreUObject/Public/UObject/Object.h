@@ -46,11 +46,15 @@ public:
 	bool IsValidLowLevelFast(bool = true) const { return ClassPrivate != nullptr; }
 	bool IsValidLowLevel() const { return ClassPrivate != nullptr; }
 	bool IsGarbage() const { return bGarbage; }
-	void MarkAsGarbage() { bGarbage = true; }
+	// A garbage object is invisible to lookups, so its name is free again.
+	void MarkAsGarbage();
 	void ClearGarbage() { bGarbage = false; }
 
-	// Renames the object (and optionally moves it to another outer). Fails when the new name is taken.
-	virtual bool Rename(const TCHAR* NewName = nullptr, UObject* NewOuter = nullptr, uint32 Flags = 0);
+	// Renames the object (and optionally moves it to another outer). Fails when the new name is
+	// taken. Marks the object first (Modify, recorded in an open transaction), as editor builds do,
+	// unless REN_NonTransactional; REN_DoNotDirty keeps the package clean; REN_Test only answers
+	// whether the name is free.
+	virtual bool Rename(const TCHAR* NewName = nullptr, UObject* NewOuter = nullptr, uint32 Flags = REN_None);
 
 	// Records the object into the open transaction (once per transaction) when it is transactional;
 	// answers whether it was recorded. Marks the package dirty when asked.
@@ -69,8 +73,13 @@ private:
 	friend UObject* StaticConstructObjectHeadless(UClass*, UObject*, FName, EObjectFlags);
 	friend class FHeadlessObjectRegistry;
 
+	// Changes name and outer together, keeping the registry's name index right.
+	void SetNameAndOuter(FName NewName, UObject* NewOuter);
+
 	FName NamePrivate;
 	UObject* OuterPrivate = nullptr;
+	// Creation order, which lookups among objects of the same outer and name follow.
+	uint64 RegistrationSerial = 0;
 	UClass* ClassPrivate = nullptr;
 	EObjectFlags ObjectFlags = RF_NoFlags;
 	bool bGarbage = false;

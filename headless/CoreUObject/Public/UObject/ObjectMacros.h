@@ -39,6 +39,14 @@ enum ELoadFlags : uint32
 	LOAD_NoRedirects = 0x200000,
 };
 
+// Options for UObject::Rename.
+#define REN_None (0x0000)
+#define REN_ForceNoResetLoaders (0x0001)
+#define REN_Test (0x0002)
+#define REN_DoNotDirty (0x0004)
+#define REN_DontCreateRedirectors (0x0010)
+#define REN_NonTransactional (0x0020)
+
 namespace EInternalObjectFlags
 {
 	enum Type

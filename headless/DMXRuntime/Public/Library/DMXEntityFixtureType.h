@@ -246,7 +246,11 @@ public:
 
 	static FDMXOnFixtureTypeChangedDelegate& GetOnFixtureTypeChanged();
 
-	// Broadcasts the change, so that patches of this type refresh after the undo.
+	// With a library: marks the library first, and the type only when the library was recorded.
+	virtual bool Modify(bool bAlwaysMarkDirty = true) override;
+	// As the editor's PostEditChange after an undo or redo: every mode gets AlignFunctionChannels
+	// then UpdateChannelSpan, and the change is broadcast (twice: once for the property change, once
+	// for the undo), so that the type's patches rebuild.
 	virtual void PostEditUndo() override;
 
 	// Modes

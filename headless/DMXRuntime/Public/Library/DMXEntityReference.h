@@ -18,8 +18,8 @@ struct DMXRUNTIME_API FDMXEntityReference
 	FDMXEntityReference();
 	FDMXEntityReference(UDMXEntity* InEntity);
 
-	// A non-null entity: takes its library, id and class and caches it. Null: only invalidates the
-	// id; the library and the cached entity are kept.
+	// A non-null entity: takes its library, id and class and caches it. Null: invalidates the id and
+	// forgets the cached entity, so the reference resolves to nothing (the library is kept).
 	void SetEntity(UDMXEntity* NewEntity);
 
 	// The cached entity while it lives (even one destroyed but not yet collected); otherwise the
@@ -27,6 +27,10 @@ struct DMXRUNTIME_API FDMXEntityReference
 	UDMXEntity* GetEntity() const;
 
 	TSubclassOf<UDMXEntity> GetEntityType() const { return EntityType; }
+
+	// The reflected fields for the undo buffer. The cache is not one: a restored reference resolves
+	// afresh from its library and id.
+	void SerializeHeadlessState(FHeadlessStateArchive& Ar);
 
 	// Library and id only.
 	bool operator==(const FDMXEntityReference& Other) const;

@@ -3,12 +3,14 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include "CoreMinimal.h"
 #include "Library/DMXObjectBase.h"
 #include "Library/DMXEntity.h"
 #include "UObject/WeakObjectPtrTemplates.h"
 
 class UDMXLibrary;
+class FDMXEntityNameIndex;
 
 // Broadcast with the library and the entities that were added to or removed from it.
 typedef TMulticastDelegate<UDMXLibrary*, TArray<UDMXEntity*>> FDMXOnEntityArrayChangedDelegate;
@@ -19,6 +21,9 @@ class DMXRUNTIME_API UDMXLibrary : public UDMXObjectBase
 	DECLARE_HEADLESS_CLASS(UDMXLibrary, UDMXObjectBase)
 
 public:
+	UDMXLibrary();
+	virtual ~UDMXLibrary() override;
+
 	// All entities, fixture types and patches alike, in the order they were registered.
 	const TArray<UDMXEntity*>& GetEntities() const { return Entities; }
 
@@ -82,9 +87,19 @@ public:
 	static FDMXOnEntityArrayChangedDelegate& GetOnEntitiesAdded();
 	static FDMXOnEntityArrayChangedDelegate& GetOnEntitiesRemoved();
 
+	// Headless: FDMXRuntimeUtils::FindUniqueEntityName for this library, from an index of its entity
+	// names instead of a walk over every entity.
+	FString FindUniqueEntityName(const UClass* EntityClass, const FString& BaseName) const;
+	// Headless: told by an entity of this library whose display name changed, or whose state an
+	// undo or redo restored.
+	void HandleEntityNameChanged(UDMXEntity* Entity);
+	void HandleEntityStateRestored();
+
 private:
 	UPROPERTY()
 	TArray<UDMXEntity*> Entities;
 
 	TWeakObjectPtr<UDMXEntity> LastAddedEntity;
+
+	std::unique_ptr<FDMXEntityNameIndex> NameIndex;
 };

@@ -5,8 +5,10 @@
 
 #include <any>
 #include <memory>
+#include <unordered_set>
 #include <vector>
 #include "UObject/Object.h"
+#include "UObject/Package.h"
 
 class FTransaction : public ITransaction
 {
@@ -16,16 +18,19 @@ public:
 	{
 	}
 
+	// Both record all or nothing: an allocation that fails leaves the transaction as it was.
 	void SaveObject(UObject* Object) override;
 	void RecordCreatedObject(UObject* Object) override;
-	// Swaps every recorded object's state with its saved one; created objects come and go.
+	// Swaps every recorded object's state with its saved one; created objects come and go; then
+	// PostEditUndo on each restored object, and each recorded package's dirty flag swapped with the
+	// one it had before (a package saved since is left dirty instead).
 	void Apply(bool bUndo);
 
 	const FText& GetTitle() const { return Title; }
 	const FString& GetContext() const { return Context; }
 	UObject* GetPrimaryObject() const { return PrimaryObject; }
 	int32 GetRecordCount() const { return static_cast<int32>(Records.size()); }
-	bool ContainsObject(const UObject* Object) const;
+	bool ContainsObject(const UObject* Object) const { return RecordedObjects.count(Object) != 0; }
 
 private:
 	struct FRecord
@@ -33,11 +38,23 @@ private:
 		UObject* Object = nullptr;
 		std::vector<std::any> SavedState;
 	};
+	struct FPackageRecord
+	{
+		UPackage* Package = nullptr;
+		bool bDirty = false;
+		uint32 SaveCount = 0;
+	};
+	// Remembers the dirty flag of the object's package the first time the step touches the package.
+	void RecordPackage(const UObject* Object);
+	void ApplyPackageFlags();
+
 	FString Context;
 	FText Title;
 	UObject* PrimaryObject;
 	std::vector<FRecord> Records;
+	std::unordered_set<const UObject*> RecordedObjects;
 	std::vector<UObject*> CreatedObjects;
+	std::vector<FPackageRecord> Packages;
 };
 
 class UTransBuffer : public UObject
@@ -46,6 +63,7 @@ class UTransBuffer : public UObject
 
 public:
 	// Opens a transaction, or nests into the open one; answers the number open before this one.
+	// When making the transaction runs out of memory, nothing is open and std::bad_alloc escapes.
 	int32 Begin(const TCHAR* SessionContext, const FText& Description, UObject* PrimaryObject = nullptr);
 	// Closes the innermost transaction; answers the number still open.
 	int32 End();
@@ -68,6 +86,9 @@ public:
 	int32 GetUndoCount() const { return UndoCount; }
 
 private:
+	// Applies with GIsTransacting set, cleared again however the application ends.
+	static void ApplyTransaction(FTransaction& Transaction, bool bUndo);
+
 	std::vector<std::unique_ptr<FTransaction>> UndoBuffer;
 	int32 UndoCount = 0;
 	int32 ActiveCount = 0;
