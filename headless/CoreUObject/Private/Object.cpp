@@ -192,7 +192,11 @@ FHeadlessObjectRegistry& FHeadlessObjectRegistry::Get()
 void FHeadlessObjectRegistry::Register(UObject* Object)
 {
 	std::unique_ptr<UObject> Owned(Object);
-	Objects.reserve(Objects.size() + 1);
+	// Room first, so that nothing after the index can fail; growing geometrically keeps it linear.
+	if (Objects.size() == Objects.capacity())
+	{
+		Objects.reserve(std::max<size_t>(64, Objects.capacity() * 2));
+	}
 	Object->RegistrationSerial = NextSerial++;
 	Index(Object);
 	Objects.push_back(std::move(Owned));

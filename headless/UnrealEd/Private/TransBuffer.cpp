@@ -103,7 +103,11 @@ int32 UTransBuffer::Begin(const TCHAR* SessionContext, const FText& Description,
 		std::unique_ptr<FTransaction> Transaction = std::make_unique<FTransaction>(FString(SessionContext), Description, PrimaryObject);
 		const size_t Kept = UndoBuffer.size() - static_cast<size_t>(UndoCount);
 		FHeadlessObjectRegistry::Get().CountAllocation();
-		UndoBuffer.reserve(Kept + 1);
+		// Room first (growing geometrically, so that a long session stays linear).
+		if (Kept + 1 > UndoBuffer.capacity())
+		{
+			UndoBuffer.reserve(std::max<size_t>(64, UndoBuffer.capacity() * 2));
+		}
 		// A new step discards the steps that were undone and not redone.
 		UndoBuffer.resize(Kept);
 		UndoCount = 0;
