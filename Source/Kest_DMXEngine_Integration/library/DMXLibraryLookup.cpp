@@ -15,15 +15,18 @@ namespace
 		{
 			return nullptr;
 		}
-		const TArray<EntityType*> Entities = Library->GetEntitiesTypeCast<EntityType>();
-		for (EntityType* Entity : Entities)
+		// Walks the library's list without copying it; nothing here can run Lua or change the library.
+		EntityType* Found = nullptr;
+		Library->ForEachEntityOfTypeWithBreak<EntityType>([&Name, &Found](EntityType* Entity)
 		{
 			if (Entity != nullptr && Entity->Name.Equals(Name, ESearchCase::IgnoreCase))
 			{
-				return Entity;
+				Found = Entity;
+				return false;
 			}
-		}
-		return nullptr;
+			return true;
+		});
+		return Found;
 	}
 }
 

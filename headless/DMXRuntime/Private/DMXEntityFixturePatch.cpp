@@ -1,6 +1,7 @@
 #include "Library/DMXEntityFixturePatch.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <vector>
 #include "DMXConversions.h"
 #include "DMXProtocolSettings.h"
@@ -18,11 +19,12 @@ IMPLEMENT_HEADLESS_CLASS(UDMXEntityFixturePatch, UDMXEntity, "DMXEntityFixturePa
 
 namespace
 {
-	// Every patch that exists, so that a fixture type change reaches the patches of that type.
-	std::vector<UDMXEntityFixturePatch*>& GetAllFixturePatches()
+	// Every patch that exists, so that a fixture type change reaches the patches of that type. Never
+	// destroyed: patches still alive when the program exits remove themselves from it afterwards.
+	std::unordered_set<UDMXEntityFixturePatch*>& GetAllFixturePatches()
 	{
-		static std::vector<UDMXEntityFixturePatch*> FixturePatches;
-		return FixturePatches;
+		static std::unordered_set<UDMXEntityFixturePatch*>* FixturePatches = new std::unordered_set<UDMXEntityFixturePatch*>();
+		return *FixturePatches;
 	}
 
 	// Calls the function for each cached function that lies within the channel span.
@@ -87,13 +89,12 @@ UDMXEntityFixturePatch::UDMXEntityFixturePatch()
 	, ParentFixtureTypeTemplate(nullptr)
 	, ActiveMode(0)
 {
-	GetAllFixturePatches().push_back(this);
+	GetAllFixturePatches().insert(this);
 }
 
 UDMXEntityFixturePatch::~UDMXEntityFixturePatch()
 {
-	std::vector<UDMXEntityFixturePatch*>& FixturePatches = GetAllFixturePatches();
-	FixturePatches.erase(std::remove(FixturePatches.begin(), FixturePatches.end(), this), FixturePatches.end());
+	GetAllFixturePatches().erase(this);
 }
 
 void UDMXEntityFixturePatch::SerializeHeadlessState(FHeadlessStateArchive& Ar)
@@ -140,16 +141,11 @@ UDMXEntityFixturePatch* UDMXEntityFixturePatch::CreateFixturePatchInLibrary(FDMX
 	NewFixturePatch->SetStartingChannel(ConstructionParams.StartingAddress);
 	NewFixturePatch->SetActiveModeIndex(ConstructionParams.ActiveMode);
 
-	const TArray<UDMXEntityFixturePatch*> OtherFixturePatches = [DMXLibrary, NewFixturePatch]()
-	{
-		TArray<UDMXEntityFixturePatch*> Result = DMXLibrary->GetEntitiesTypeCast<UDMXEntityFixturePatch>();
-		Result.Remove(NewFixturePatch);
-		return Result;
-	}();
-
 	const FGuid& DesiredMVRFixtureUUID = ConstructionParams.MVRFixtureUUID;
 	if (DesiredMVRFixtureUUID.IsValid())
 	{
+		TArray<UDMXEntityFixturePatch*> OtherFixturePatches = DMXLibrary->GetEntitiesTypeCast<UDMXEntityFixturePatch>();
+		OtherFixturePatches.Remove(NewFixturePatch);
 		const bool bUUIDInUse = OtherFixturePatches.ContainsByPredicate([&DesiredMVRFixtureUUID](const UDMXEntityFixturePatch* Other)
 		{
 			return Other->MVRFixtureUUID == DesiredMVRFixtureUUID;
@@ -174,11 +170,18 @@ UDMXEntityFixturePatch* UDMXEntityFixturePatch::CreateFixturePatchInLibrary(FDMX
 	NewFixturePatch->GenerateFixtureID();
 
 #if WITH_EDITORONLY_DATA
-	UDMXEntityFixturePatch* const* PatchOfSameType = OtherFixturePatches.FindByPredicate([FixtureType](const UDMXEntityFixturePatch* Other)
+	// The colour of the first other patch of the same fixture type.
+	const UDMXEntityFixturePatch* PatchOfSameType = nullptr;
+	for (UDMXEntity* Entity : DMXLibrary->GetIndexedEntitiesOfClass(UDMXEntityFixturePatch::StaticClass()))
 	{
-		return Other->GetFixtureType() == FixtureType;
-	});
-	NewFixturePatch->EditorColor = PatchOfSameType ? (*PatchOfSameType)->EditorColor : FLinearColor::MakeRandomColor();
+		const UDMXEntityFixturePatch* Other = static_cast<const UDMXEntityFixturePatch*>(Entity);
+		if (Other != NewFixturePatch && Other->GetFixtureType() == FixtureType)
+		{
+			PatchOfSameType = Other;
+			break;
+		}
+	}
+	NewFixturePatch->EditorColor = PatchOfSameType ? PatchOfSameType->EditorColor : FLinearColor::MakeRandomColor();
 #endif
 
 	GetOnFixturePatchChanged().Broadcast(NewFixturePatch);
@@ -231,8 +234,9 @@ void UDMXEntityFixturePatch::PostEditUndo()
 
 void UDMXEntityFixturePatch::HandleFixtureTypeChanged(const UDMXEntityFixtureType* ChangedFixtureType)
 {
-	// Copied: rebuilding a cache never creates or destroys patches, but stay safe anyway.
-	const std::vector<UDMXEntityFixturePatch*> FixturePatches = GetAllFixturePatches();
+	// Copied: rebuilding a cache never creates or destroys patches, but stay safe anyway. Each patch
+	// only rebuilds its own cache, so the order does not matter.
+	const std::vector<UDMXEntityFixturePatch*> FixturePatches(GetAllFixturePatches().begin(), GetAllFixturePatches().end());
 	for (UDMXEntityFixturePatch* FixturePatch : FixturePatches)
 	{
 		if (FixturePatch->ParentFixtureTypeTemplate == ChangedFixtureType)
@@ -370,31 +374,49 @@ void UDMXEntityFixturePatch::RebuildCache()
 
 void UDMXEntityFixturePatch::GenerateFixtureID(int32 DesiredFixtureID)
 {
+	const int32 OldID = FixtureID;
+	FixtureID = FindNewFixtureID(DesiredFixtureID);
+	if (UDMXLibrary* DMXLibrary = GetParentLibrary())
+	{
+		DMXLibrary->HandleFixtureIDChanged(this, OldID, FixtureID);
+	}
+}
+
+void UDMXEntityFixturePatch::SetFixtureIDFromSaved(int32 InFixtureID)
+{
+	const int32 OldID = FixtureID;
+	FixtureID = InFixtureID;
+	if (UDMXLibrary* DMXLibrary = GetParentLibrary())
+	{
+		DMXLibrary->HandleFixtureIDChanged(this, OldID, FixtureID);
+	}
+}
+
+int32 UDMXEntityFixturePatch::FindNewFixtureID(int32 DesiredFixtureID) const
+{
 	UDMXLibrary* DMXLibrary = GetParentLibrary();
 	if (!DMXLibrary)
 	{
-		FixtureID = 1;
-		return;
+		return 1;
 	}
 
-	const TArray<UDMXEntityFixturePatch*> FixturePatches = DMXLibrary->GetEntitiesTypeCast<UDMXEntityFixturePatch>();
-	if (DesiredFixtureID > 0)
+	// The library counts its patches' IDs, so the common answers need no walk over every patch.
+	if (DesiredFixtureID > 0 && DMXLibrary->CountFixturePatchesWithID(DesiredFixtureID, this) == 0)
 	{
-		const bool bDesiredIDInUse = FixturePatches.ContainsByPredicate([this, DesiredFixtureID](const UDMXEntityFixturePatch* Other)
-		{
-			return Other != this && Other->FixtureID == DesiredFixtureID;
-		});
-		if (!bDesiredIDInUse)
-		{
-			FixtureID = DesiredFixtureID;
-			return;
-		}
+		return DesiredFixtureID;
 	}
 
-	// The patch with the highest ID, this patch counting as 0; the first of equals wins.
+	// The patch with the highest ID, this patch counting as 0; the first of equals wins. When some
+	// other patch holds a positive ID, that patch is the highest and the answer is one more.
+	int32 HighestOtherID = 0;
+	if (DMXLibrary->FindHighestFixtureID(HighestOtherID, this) && HighestOtherID > 0)
+	{
+		return WrapToInt32(static_cast<int64>(HighestOtherID) + 1);
+	}
+
 	const UDMXEntityFixturePatch* HighestPatch = nullptr;
 	int32 HighestID = 0;
-	for (const UDMXEntityFixturePatch* FixturePatch : FixturePatches)
+	for (const UDMXEntityFixturePatch* FixturePatch : DMXLibrary->GetEntitiesTypeCast<UDMXEntityFixturePatch>())
 	{
 		const int32 ProjectedID = FixturePatch == this ? 0 : FixturePatch->FixtureID;
 		if (!HighestPatch || ProjectedID > HighestID)
@@ -403,8 +425,7 @@ void UDMXEntityFixturePatch::GenerateFixtureID(int32 DesiredFixtureID)
 			HighestID = ProjectedID;
 		}
 	}
-
-	FixtureID = HighestPatch ? WrapToInt32(static_cast<int64>(HighestPatch->FixtureID) + 1) : 1;
+	return HighestPatch ? WrapToInt32(static_cast<int64>(HighestPatch->FixtureID) + 1) : 1;
 }
 
 TMap<FDMXAttributeName, int32> UDMXEntityFixturePatch::GetAttributeDefaultMap() const

@@ -1,11 +1,23 @@
 #include "Library/DMXLibrary.h"
 
+#include "DMXEntityClassIndex.h"
 #include "DMXEntityNameIndex.h"
 
 IMPLEMENT_HEADLESS_CLASS(UDMXLibrary, UDMXObjectBase, "DMXLibrary")
 
+namespace
+{
+	// A saved entity list: the first Count entities of a log.
+	struct FDMXEntityListState
+	{
+		std::shared_ptr<std::vector<UDMXEntity*>> Log;
+		size_t Count = 0;
+	};
+}
+
 UDMXLibrary::UDMXLibrary()
 	: NameIndex(std::make_unique<FDMXEntityNameIndex>())
+	, ClassIndex(std::make_unique<FDMXEntityClassIndex>())
 {
 }
 
@@ -14,10 +26,25 @@ UDMXLibrary::~UDMXLibrary() = default;
 void UDMXLibrary::SerializeHeadlessState(FHeadlessStateArchive& Ar)
 {
 	Super::SerializeHeadlessState(Ar);
-	Ar << Entities << LastAddedEntity;
+	FDMXEntityListState EntityList;
+	if (Ar.IsSaving())
+	{
+		if (!bEntityLogIsCurrent || !EntityLog)
+		{
+			EntityLog = std::make_shared<std::vector<UDMXEntity*>>(Entities.begin(), Entities.end());
+			bEntityLogIsCurrent = true;
+		}
+		EntityList = FDMXEntityListState{EntityLog, static_cast<size_t>(Entities.Num())};
+	}
+	Ar << EntityList << LastAddedEntity;
 	if (Ar.IsLoading())
 	{
+		Entities = TArray<UDMXEntity*>(EntityList.Log->data(), static_cast<int32>(EntityList.Count));
+		++EntitiesSerial;
+		EntityLog = EntityList.Log;
+		bEntityLogIsCurrent = EntityList.Count == EntityLog->size();
 		NameIndex->Invalidate();
+		ClassIndex->Invalidate();
 	}
 }
 
@@ -33,20 +60,34 @@ void UDMXLibrary::HandleEntityNameChanged(UDMXEntity* Entity)
 
 void UDMXLibrary::HandleEntityStateRestored()
 {
+	// An entity's own state holds its fixture ID but not its place in the library.
 	NameIndex->Invalidate();
+	ClassIndex->InvalidateFixtureIDs();
+}
+
+const TArray<UDMXEntity*>& UDMXLibrary::GetIndexedEntitiesOfClass(const UClass* EntityClass) const
+{
+	return ClassIndex->GetEntitiesOfClass(Entities, EntityClass);
+}
+
+void UDMXLibrary::HandleFixtureIDChanged(UDMXEntity* FixturePatch, int32 OldID, int32 NewID)
+{
+	ClassIndex->UpdateFixtureID(FixturePatch, OldID, NewID);
+}
+
+int32 UDMXLibrary::CountFixturePatchesWithID(int32 FixtureID, const UDMXEntity* Excluded) const
+{
+	return ClassIndex->CountFixtureID(Entities, FixtureID, Excluded);
+}
+
+bool UDMXLibrary::FindHighestFixtureID(int32& OutHighestID, const UDMXEntity* Excluded) const
+{
+	return ClassIndex->FindHighestFixtureID(Entities, OutHighestID, Excluded);
 }
 
 TArray<UDMXEntity*> UDMXLibrary::GetEntitiesOfType(TSubclassOf<UDMXEntity> InEntityClass) const
 {
-	TArray<UDMXEntity*> Result;
-	for (UDMXEntity* Entity : Entities)
-	{
-		if (Entity && Entity->IsA(InEntityClass))
-		{
-			Result.Add(Entity);
-		}
-	}
-	return Result;
+	return GetIndexedEntitiesOfClass(InEntityClass);
 }
 
 void UDMXLibrary::ForEachEntityOfType(TSubclassOf<UDMXEntity> InEntityClass, std::function<void(UDMXEntity*)> Predicate) const
@@ -110,6 +151,9 @@ void UDMXLibrary::SetEntityIndex(UDMXEntity* InEntity, const int32 NewIndex)
 		return;
 	}
 
+	ClassIndex->Invalidate();
+	bEntityLogIsCurrent = false;
+	++EntitiesSerial;
 	Entities.RemoveAt(OldIndex);
 	const int32 TargetIndex = FMath::Min(NewIndex > OldIndex ? NewIndex - 1 : NewIndex, Entities.Num());
 	Entities.Insert(InEntity, TargetIndex);
@@ -117,14 +161,23 @@ void UDMXLibrary::SetEntityIndex(UDMXEntity* InEntity, const int32 NewIndex)
 
 void UDMXLibrary::RegisterEntity(UDMXEntity* Entity)
 {
-	if (!ensureAlwaysMsgf(Entity && !Entities.Contains(Entity), TEXT("Entity is null or already registered with the library")))
+	if (!ensureAlwaysMsgf(Entity && !ClassIndex->Contains(Entities, Entity), TEXT("Entity is null or already registered with the library")))
 	{
 		return;
 	}
 
 	Entities.Add(Entity);
+	++EntitiesSerial;
+	const bool bAppendToLog = bEntityLogIsCurrent && EntityLog->size() + 1 == static_cast<size_t>(Entities.Num());
+	bEntityLogIsCurrent = false;
+	if (bAppendToLog)
+	{
+		EntityLog->push_back(Entity);
+		bEntityLogIsCurrent = true;
+	}
 	LastAddedEntity = Entity;
 	NameIndex->Add(Entity);
+	ClassIndex->Add(Entity);
 	GetOnEntitiesAdded().Broadcast(this, TArray<UDMXEntity*>{Entity});
 }
 
@@ -132,7 +185,10 @@ void UDMXLibrary::UnregisterEntity(UDMXEntity* Entity)
 {
 	if (Entities.Remove(Entity) > 0)
 	{
+		bEntityLogIsCurrent = false;
+		++EntitiesSerial;
 		NameIndex->Remove(Entity);
+		ClassIndex->Remove(Entity);
 		GetOnEntitiesRemoved().Broadcast(this, TArray<UDMXEntity*>{Entity});
 	}
 }

@@ -167,7 +167,7 @@ public:
 	// readers of saved libraries, which call RebuildCache once everything is set.
 	void SetFixtureTypeFromSaved(UDMXEntityFixtureType* InFixtureType) { ParentFixtureTypeTemplate = InFixtureType; }
 	void SetActiveModeFromSaved(int32 InActiveMode) { ActiveMode = InActiveMode; }
-	void SetFixtureIDFromSaved(int32 InFixtureID) { FixtureID = InFixtureID; }
+	void SetFixtureIDFromSaved(int32 InFixtureID);
 	void SetMVRFixtureUUIDFromSaved(const FGuid& InMVRFixtureUUID) { MVRFixtureUUID = InMVRFixtureUUID; }
 
 	const TArray<FName>& GetCustomTags() const { return CustomTags; }
@@ -238,6 +238,8 @@ protected:
 	FGuid MVRFixtureUUID;
 
 private:
+	// The ID GenerateFixtureID gives.
+	int32 FindNewFixtureID(int32 DesiredFixtureID) const;
 	friend class UDMXEntityFixtureType;
 
 	// Refreshes the patches of a fixture type that changed.

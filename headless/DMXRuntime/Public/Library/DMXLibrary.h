@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 #include "CoreMinimal.h"
 #include "Library/DMXObjectBase.h"
 #include "Library/DMXEntity.h"
@@ -11,6 +12,7 @@
 
 class UDMXLibrary;
 class FDMXEntityNameIndex;
+class FDMXEntityClassIndex;
 
 // Broadcast with the library and the entities that were added to or removed from it.
 typedef TMulticastDelegate<UDMXLibrary*, TArray<UDMXEntity*>> FDMXOnEntityArrayChangedDelegate;
@@ -33,13 +35,12 @@ public:
 	template <typename EntityType>
 	TArray<EntityType*> GetEntitiesTypeCast() const
 	{
+		const TArray<UDMXEntity*>& OfClass = GetIndexedEntitiesOfClass(EntityType::StaticClass());
 		TArray<EntityType*> Result;
-		for (UDMXEntity* Entity : Entities)
+		Result.Reserve(OfClass.Num());
+		for (UDMXEntity* Entity : OfClass)
 		{
-			if (EntityType* TypedEntity = Cast<EntityType>(Entity))
-			{
-				Result.Add(TypedEntity);
-			}
+			Result.Add(static_cast<EntityType*>(Entity));
 		}
 		return Result;
 	}
@@ -48,23 +49,29 @@ public:
 	// Stops at the first entity for which the predicate answers false.
 	void ForEachEntityOfTypeWithBreak(TSubclassOf<UDMXEntity> InEntityClass, std::function<bool(UDMXEntity*)> Predicate) const;
 
+	// As the engine's, these walk the library's own list: adding, removing or reordering entities
+	// from the predicate fails the engine's check that an array does not change while it is walked.
 	template <typename EntityType, typename PredicateType>
 	void ForEachEntityOfType(PredicateType&& Predicate) const
 	{
-		for (EntityType* Entity : GetEntitiesTypeCast<EntityType>())
+		ForEachEntityOfTypeWithBreak<EntityType>([&Predicate](EntityType* Entity)
 		{
 			Predicate(Entity);
-		}
+			return true;
+		});
 	}
 	template <typename EntityType, typename PredicateType>
 	void ForEachEntityOfTypeWithBreak(PredicateType&& Predicate) const
 	{
-		for (EntityType* Entity : GetEntitiesTypeCast<EntityType>())
+		const TArray<UDMXEntity*>& OfClass = GetIndexedEntitiesOfClass(EntityType::StaticClass());
+		const uint64 Serial = EntitiesSerial;
+		for (int32 Index = 0; Index < OfClass.Num(); ++Index)
 		{
-			if (!Predicate(Entity))
+			if (!Predicate(static_cast<EntityType*>(OfClass[Index])))
 			{
 				break;
 			}
+			checkf(Serial == EntitiesSerial, TEXT("Array has changed during ranged-for iteration!"));
 		}
 	}
 
@@ -94,6 +101,16 @@ public:
 	// undo or redo restored.
 	void HandleEntityNameChanged(UDMXEntity* Entity);
 	void HandleEntityStateRestored();
+	// Headless: the entities of the class or a subclass in library order, from an index kept per
+	// class (valid until the library's entities change).
+	const TArray<UDMXEntity*>& GetIndexedEntitiesOfClass(const UClass* EntityClass) const;
+	// Headless: told by a fixture patch of this library whose fixture ID changed; and what the
+	// fixture IDs of the library's patches are, without a walk over every patch.
+	void HandleFixtureIDChanged(UDMXEntity* FixturePatch, int32 OldID, int32 NewID);
+	// Both leave out the patch Excluded (when it is one of the library's).
+	int32 CountFixturePatchesWithID(int32 FixtureID, const UDMXEntity* Excluded) const;
+	// The highest fixture ID a patch holds; false when no patch counts.
+	bool FindHighestFixtureID(int32& OutHighestID, const UDMXEntity* Excluded) const;
 
 private:
 	UPROPERTY()
@@ -102,4 +119,13 @@ private:
 	TWeakObjectPtr<UDMXEntity> LastAddedEntity;
 
 	std::unique_ptr<FDMXEntityNameIndex> NameIndex;
+	std::unique_ptr<FDMXEntityClassIndex> ClassIndex;
+
+	// Headless: how the undo buffer keeps the entity list. Adds only append to a log that saved
+	// states share, so each saved state is the log and a length instead of a copy of every entity;
+	// any other change to the list starts a new log at the next save.
+	std::shared_ptr<std::vector<UDMXEntity*>> EntityLog;
+	// Headless: counts every change of the entity list, for the walks above.
+	uint64 EntitiesSerial = 0;
+	bool bEntityLogIsCurrent = false;
 };
