@@ -136,8 +136,9 @@ TEST_F(FProjectSaveProtocolTest, AFileChangedOnDiskSinceTheLoadIsNotReplaced)
 		{[&] { WriteFile(New, "{}"); }, New.string() + ": appeared on disk after the project was loaded"},
 		{[&] { std::filesystem::remove(Rig); }, Rig.string() + ": was removed from disk after the project was loaded"},
 	};
-	for (const auto& [Change, Expected] : Cases)
+	for (const auto& Case : Cases)
 	{
+		const std::function<void()>& Change = Case.first;
 		RestoreOldFiles();
 		bool bChanged = false;
 		std::string Error;
@@ -150,7 +151,7 @@ TEST_F(FProjectSaveProtocolTest, AFileChangedOnDiskSinceTheLoadIsNotReplaced)
 			}
 			return true;
 		}, Error));
-		EXPECT_EQ(Error.rfind(Expected, 0), 0u) << Error;
+		EXPECT_EQ(Error.rfind(Case.second, 0), 0u) << Error;
 	}
 }
 

@@ -43,7 +43,7 @@ namespace
 	bool ReadFolder(const FFolder& Folder, std::vector<std::pair<std::string, struct stat>>& OutEntries, std::vector<std::string>& OutLeftovers,
 		std::string& OutError)
 	{
-		const auto Fail = [&OutError, &Folder](const std::string& Path, const std::string& Problem)
+		const auto Fail = [&OutError](const std::string& Path, const std::string& Problem)
 		{
 			OutError = Path + ": " + Problem;
 			return false;
