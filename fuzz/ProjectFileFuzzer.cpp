@@ -40,15 +40,17 @@ namespace
 	};
 	FStats Stats;
 
-	// The problem without its place and its values: quoted texts become "", numbers N, and the text
-	// is cut after 70 characters.
+	// The problem without its place and the value found (", not ..."): quoted texts become "",
+	// numbers N, and the text is cut after 70 characters.
 	std::string GetErrorKind(const std::string& Error)
 	{
 		const size_t Colon = Error.find(": ");
 		const bool bPlace = Colon != std::string::npos && Error.find(' ') > Colon && Error.compare(0, 6, "parse ") != 0;
+		const size_t Found = Error.find(", not ");
+		const size_t End = Found == std::string::npos ? Error.size() : Found;
 		std::string Kind;
 		bool bInQuote = false;
-		for (size_t Index = bPlace ? Colon + 2 : 0; Index < Error.size() && Kind.size() < 70; ++Index)
+		for (size_t Index = bPlace ? Colon + 2 : 0; Index < End && Kind.size() < 70; ++Index)
 		{
 			const char C = Error[Index];
 			if (C == '"')

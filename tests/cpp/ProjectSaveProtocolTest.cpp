@@ -215,6 +215,7 @@ TEST_F(FProjectSaveProtocolTest, AFailureAtAnyStepLeavesTheProjectAsItWas)
 		EXPECT_TRUE(bStillDirty) << FailAt;
 	}
 	EXPECT_GT(Operations, 20);
+	RecordProperty("operations", Operations);
 }
 
 // The kill test: a child process saves and is killed (SIGKILL) before its Nth file operation, for
@@ -274,4 +275,5 @@ TEST_F(FProjectSaveProtocolTest, AKillAtAnyStepLeavesEachFileOldOrNew)
 		}
 	}
 	EXPECT_GT(Kills, 20);
+	RecordProperty("kills", Kills);
 }
