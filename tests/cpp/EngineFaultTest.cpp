@@ -113,11 +113,17 @@ TEST_F(FEngineFaultTest, FailingLibraryLoadClearsTheComponentsReference)
 	// The engine saves only the reference's library and id.
 	const std::filesystem::path ProjectDir = std::filesystem::temp_directory_path() / ("kest_engine_faults_" + std::to_string(getpid()));
 	std::string Error;
-	ASSERT_TRUE(SaveKestDMXProject(ProjectDir.string(), Session->GetEditor(), Error)) << Error;
+	std::filesystem::create_directories(ProjectDir);
+	{
+		FKestDMXProject Project;
+		ASSERT_TRUE(LoadKestDMXProject(ProjectDir.string(), Session->GetEditor(), Project, Error)) << Error;
+		ASSERT_TRUE(SaveKestDMXProject(Project, Session->GetEditor(), Error)) << Error;
+	}
 	FHeadlessObjectRegistry::Get().FailingLoads.Empty();
 	Session.reset();
 	Session = std::make_unique<FKestDMXSession>();
-	const bool bLoaded = LoadKestDMXProject(ProjectDir.string(), Session->GetEditor(), Error);
+	FKestDMXProject Project;
+	const bool bLoaded = LoadKestDMXProject(ProjectDir.string(), Session->GetEditor(), Project, Error, EKestDMXProjectAccess::Read);
 	std::filesystem::remove_all(ProjectDir);
 	ASSERT_TRUE(bLoaded) << Error;
 	Run(R"(assert(dmx_component("Truss"):info().components[1].fixture_patch == "", "no patch after loading"))");

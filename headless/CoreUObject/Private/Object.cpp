@@ -493,21 +493,3 @@ FString FPackageName::ObjectPathToPackageName(const FString& ObjectPath)
 	int32 Dot = INDEX_NONE;
 	return ObjectPath.FindChar(u'.', Dot) ? ObjectPath.Left(Dot) : ObjectPath;
 }
-
-bool FPackageName::IsValidLongPackageName(const FString& LongName)
-{
-	if (LongName.Len() < 2 || LongName[0] != u'/' || LongName.EndsWith(FString(TEXT("/"))))
-	{
-		return false;
-	}
-	for (int32 Index = 0; Index < LongName.Len(); ++Index)
-	{
-		const TCHAR C = LongName[Index];
-		if (C == u'.' || C == u':' || C == u'\\' || C == u'"' || C == u'\'' || C == u' ' || C == u'*' || C == u'?' || C == u'<' || C == u'>' || C == u'|'
-			|| (C == u'/' && Index + 1 < LongName.Len() && LongName[Index + 1] == u'/'))
-		{
-			return false;
-		}
-	}
-	return true;
-}

@@ -5,6 +5,7 @@
 
 #include "KestDMXRunner.h"
 #include "KestDMXCommands.h"
+#include "KestDMXProject.h"
 #include "KestDMXText.h"
 
 #include <algorithm>
@@ -33,6 +34,14 @@ int ReportFailure(const std::string& Problem)
 {
 	std::cerr << "kestdmx: " << Problem << "\n";
 	return KestDMXExitFailure;
+}
+
+void PrintProjectWarnings(const FKestDMXProject& Project)
+{
+	for (const std::string& Warning : Project.Warnings)
+	{
+		std::cerr << "kestdmx: warning: " << Warning << "\n";
+	}
 }
 
 int RunKestDMXCommandLine(const std::vector<std::string>& Args)

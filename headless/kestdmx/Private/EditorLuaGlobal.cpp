@@ -17,8 +17,9 @@ void InstallEditorLuaGlobal(sol::state& Lua, FHeadlessEditor& Editor)
 
 	EditorTable.set_function("create_library", [](const std::string& Path) -> bool
 	{
+		// Only a path the editor could create and save an asset at.
 		const FString PackageName = ToEngine(Path);
-		if (!FPackageName::IsValidLongPackageName(PackageName) || FindPackage(nullptr, *PackageName) != nullptr)
+		if (!FPackageName::IsValidLongPackageName(PackageName, false, static_cast<FText*>(nullptr)) || FindPackage(nullptr, *PackageName) != nullptr)
 		{
 			return false;
 		}

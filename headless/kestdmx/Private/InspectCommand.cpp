@@ -22,9 +22,11 @@ namespace
 	int InspectProject(const FInspectOptions& Options)
 	{
 		FKestDMXSession Session;
+		FKestDMXProject Project;
 		std::string Error;
-		const bool bLoaded = LoadKestDMXProject(Options.ProjectDir, Session.GetEditor(), Error);
+		const bool bLoaded = LoadKestDMXProject(Options.ProjectDir, Session.GetEditor(), Project, Error, EKestDMXProjectAccess::Read);
 		FlushEngineWarnings(false);
+		PrintProjectWarnings(Project);
 		if (!bLoaded)
 		{
 			return ReportFailure(Error);
@@ -41,7 +43,7 @@ namespace
 			return KestDMXExitSuccess;
 		}
 		bool bFirst = true;
-		for (const FString& PackageName : FindProjectLibraryPackages(Options.ProjectDir))
+		for (const FString& PackageName : Project.LibraryPackages)
 		{
 			UDMXLibrary* Library = LoadLibraryForReport(ToUTF8(PackageName));
 			std::cout << (bFirst ? "" : "\n") << FormatLibraryReport(Library);

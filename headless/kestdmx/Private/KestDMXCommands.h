@@ -26,3 +26,6 @@ void FlushEngineWarnings(bool bPrint = true);
 
 // Prints "kestdmx: PROBLEM" to stderr and answers KestDMXExitFailure.
 int ReportFailure(const std::string& Problem);
+
+// Prints "kestdmx: warning: WARNING" to stderr for each warning the project's load gave.
+void PrintProjectWarnings(const struct FKestDMXProject& Project);

@@ -61,11 +61,14 @@ namespace
 			}
 		}
 		FKestDMXSession Session;
+		// Locked from the load to the save.
+		FKestDMXProject Project;
 		if (!Options.ProjectDir.empty())
 		{
 			std::string Error;
-			const bool bLoaded = LoadKestDMXProject(Options.ProjectDir, Session.GetEditor(), Error);
+			const bool bLoaded = LoadKestDMXProject(Options.ProjectDir, Session.GetEditor(), Project, Error);
 			FlushEngineWarnings();
+			PrintProjectWarnings(Project);
 			if (!bLoaded)
 			{
 				return ReportFailure(Error);
@@ -85,7 +88,7 @@ namespace
 		if (!Options.ProjectDir.empty())
 		{
 			std::string Error;
-			if (!SaveKestDMXProject(Options.ProjectDir, Session.GetEditor(), Error))
+			if (!SaveKestDMXProject(Project, Session.GetEditor(), Error))
 			{
 				return ReportFailure(Error);
 			}
