@@ -24,10 +24,12 @@ namespace
 		return Place.Start == Place.End ? "channel " + std::to_string(Place.Start) : "channels " + std::to_string(Place.Start) + "-" + std::to_string(Place.End);
 	}
 
-	// Where a finding about the library's state goes when no call touched the patches involved.
+	// Where a finding about the library's state goes when no call touched the patches involved: the
+	// first line of the library's file (editors take no line 0).
 	FKestCheckSite GetLibrarySite(const UDMXLibrary* Library, const std::string& ProjectDir)
 	{
 		FKestCheckSite Site;
+		Site.Line = 1;
 		const FString PackageName = Library->GetOutermost()->GetName();
 		Site.File = ProjectDir.empty() ? std::string() : GetProjectFileForPackage(ProjectDir, PackageName);
 		if (Site.File.empty())
