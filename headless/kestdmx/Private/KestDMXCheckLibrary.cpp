@@ -4,14 +4,16 @@
 #include "KestDMXCheckCall.h"
 #include "KestDMXCheckLookup.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "host/VorlithLua.h"
 
 struct FKestLibraryCallState
 {
-	// Every entity of the library before the call.
-	std::vector<FGuid> EntityIds;
+	// Every entity of the library before the call, sorted.
+	std::vector<std::array<uint32, 4>> EntityIds;
 	// The entity configure or remove found by its name; zero when none.
 	FGuid Target;
 	// The patches that used the fixture type configure or remove found.
@@ -21,6 +23,11 @@ struct FKestLibraryCallState
 namespace
 {
 	const char* const PositionKeys[] = {"universe", "starting_channel", "active_mode_index"};
+
+	std::array<uint32, 4> GetIdKey(const FGuid& Id)
+	{
+		return {Id.A, Id.B, Id.C, Id.D};
+	}
 
 	std::string ReadResultText(const FKestCallResults& Results, const char* Key)
 	{
@@ -85,7 +92,7 @@ namespace
 			{
 				continue;
 			}
-			const bool bNew = Before == nullptr || std::find(Before->EntityIds.begin(), Before->EntityIds.end(), Entity->GetID()) == Before->EntityIds.end();
+			const bool bNew = Before == nullptr || !std::binary_search(Before->EntityIds.begin(), Before->EntityIds.end(), GetIdKey(Entity->GetID()));
 			if (bNew && Entity->Name.Equals(EngineName, ESearchCase::CaseSensitive))
 			{
 				Found = Entity;
@@ -368,9 +375,10 @@ std::shared_ptr<FKestLibraryCallState> PrepareLibraryMethodCheck(FKestCheckCall&
 	{
 		if (Entity != nullptr)
 		{
-			State->EntityIds.push_back(Entity->GetID());
+			State->EntityIds.push_back(GetIdKey(Entity->GetID()));
 		}
 	}
+	std::sort(State->EntityIds.begin(), State->EntityIds.end());
 	if (Method != "configure" && Method != "remove")
 	{
 		return State;
