@@ -311,7 +311,10 @@ namespace
 		{
 			return;
 		}
-		ReportDuplicateName(Call, Params["name"], CountEntitiesNamed<UDMXEntityFixtureType>(Library, FixtureType->Name), "fixture type");
+		if (Params["name"].bCounts)
+		{
+			ReportDuplicateName(Call, Params["name"], CountEntitiesNamed<UDMXEntityFixtureType>(Library, FixtureType->Name), "fixture type");
+		}
 		CheckModes(Call, Params["modes"], FixtureType);
 		for (const std::string& PatchKey : Before.PatchesOfType)
 		{
@@ -326,7 +329,10 @@ namespace
 		{
 			return;
 		}
-		ReportDuplicateName(Call, Params["name"], CountEntitiesNamed<UDMXEntityFixturePatch>(Library, Patch->Name), "fixture patch");
+		if (Params["name"].bCounts)
+		{
+			ReportDuplicateName(Call, Params["name"], CountEntitiesNamed<UDMXEntityFixturePatch>(Library, Patch->Name), "fixture patch");
+		}
 		const FKestAsked& TypeName = Params["fixture_type"];
 		if (const std::optional<std::string> Name = TypeName.GetString())
 		{
@@ -371,14 +377,18 @@ std::shared_ptr<FKestLibraryCallState> PrepareLibraryMethodCheck(FKestCheckCall&
 		return nullptr;
 	}
 	auto State = std::make_shared<FKestLibraryCallState>();
-	for (const UDMXEntity* Entity : Library->GetEntities())
+	if (Method == "add")
 	{
-		if (Entity != nullptr)
+		for (const UDMXEntity* Entity : Library->GetEntities())
 		{
-			State->EntityIds.push_back(GetIdKey(Entity->GetID()));
+			if (Entity != nullptr)
+			{
+				State->EntityIds.push_back(GetIdKey(Entity->GetID()));
+			}
 		}
+		std::sort(State->EntityIds.begin(), State->EntityIds.end());
+		return State;
 	}
-	std::sort(State->EntityIds.begin(), State->EntityIds.end());
 	if (Method != "configure" && Method != "remove")
 	{
 		return State;
