@@ -63,6 +63,11 @@ FKestAsked ReadAskedParams(lua_State* L, int Index, const FKestClass& Class, con
 // text changes anything.
 FKestAsked ReadAskedArgument(lua_State* L, int Index, const FKestArgument& Argument, FKestCheckCall& Call);
 
+// For a key the class does not have: the closest key it has, or the key of which it is another
+// spelling, or a key of a table below ("matrix.x_cells", "modes[n].functions") the script may have
+// put at the wrong level; empty when none is close.
+std::string SuggestParamsKey(const FKestClass& Class, const std::string& Key);
+
 // The closest of the candidates to a misspelled text (letter case, '_' and '-' aside, then by edit
 // distance); empty when none is close.
 std::string SuggestClosest(const std::string& Text, const std::vector<std::string>& Candidates);

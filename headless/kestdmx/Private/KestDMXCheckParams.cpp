@@ -130,76 +130,6 @@ namespace
 		return Path.empty() ? Key : Path + "." + Key;
 	}
 
-	// The keys of the tables below a class, with their paths: "matrix.x_cells" for x_cells of a
-	// mode, "modes[n].functions" for functions of a fixture type.
-	void CollectKeysBelow(const FKestClass& Class, const std::string& Path, int Depth, std::vector<std::string>& OutNames, std::vector<std::string>& OutPaths)
-	{
-		if (Depth > 3)
-		{
-			return;
-		}
-		const FKestSchema& Schema = GetKestDMXSchema();
-		for (const FKestField& Field : Class.Fields)
-		{
-			const FKestClass* Nested = Field.Class.empty() ? nullptr : Schema.FindClass(Field.Class);
-			if (Nested == nullptr)
-			{
-				continue;
-			}
-			const std::string NestedPath = JoinPath(Path, Field.Name) + (Field.Type == EKestLuaType::List ? "[n]" : "");
-			for (const FKestField& NestedField : Nested->Fields)
-			{
-				OutNames.push_back(NestedField.Name);
-				OutPaths.push_back(JoinPath(NestedPath, NestedField.Name));
-				for (const std::string& Synonym : NestedField.Synonyms)
-				{
-					OutNames.push_back(Synonym);
-					OutPaths.push_back(JoinPath(NestedPath, NestedField.Name));
-				}
-			}
-			CollectKeysBelow(*Nested, NestedPath, Depth + 1, OutNames, OutPaths);
-		}
-	}
-
-	// A key of this table close to the misspelled one, or one of its other spellings, or else a key
-	// of a table below that the script may have put at the wrong level.
-	std::string SuggestKey(const FKestClass& Class, const std::string& Key)
-	{
-		std::vector<std::string> Names;
-		for (const FKestField& Field : Class.Fields)
-		{
-			Names.push_back(Field.Name);
-		}
-		std::string Suggestion = SuggestClosest(Key, Names);
-		if (!Suggestion.empty())
-		{
-			return Suggestion;
-		}
-		const std::string Lower = ToLowerASCII(Key);
-		for (const FKestField& Field : Class.Fields)
-		{
-			for (const std::string& Synonym : Field.Synonyms)
-			{
-				if (ToLowerASCII(Synonym) == Lower)
-				{
-					return Field.Name;
-				}
-			}
-		}
-		std::vector<std::string> NamesBelow;
-		std::vector<std::string> PathsBelow;
-		CollectKeysBelow(Class, std::string(), 0, NamesBelow, PathsBelow);
-		Suggestion = SuggestClosest(Key, NamesBelow);
-		for (size_t Index = 0; Index < NamesBelow.size() && !Suggestion.empty(); ++Index)
-		{
-			if (NamesBelow[Index] == Suggestion)
-			{
-				return PathsBelow[Index];
-			}
-		}
-		return std::string();
-	}
-
 	void ReportUnknownKeys(lua_State* L, int TableIndex, const FKestClass& Class, const std::string& Path, FKestCheckCall& Call)
 	{
 		int Reported = 0;
@@ -218,7 +148,7 @@ namespace
 				if (Class.FindField(Key) == nullptr)
 				{
 					KeyPath = JoinPath(Path, Key);
-					const std::string Suggestion = SuggestKey(Class, Key);
+					const std::string Suggestion = SuggestParamsKey(Class, Key);
 					Message = KeyPath + ": this key is never read";
 					if (!Suggestion.empty())
 					{
@@ -566,72 +496,4 @@ FKestAsked ReadAskedArgument(lua_State* L, int Index, const FKestArgument& Argum
 		Asked.Used = Asked.Given;
 	}
 	return Asked;
-}
-
-std::string DescribeLuaValue(lua_State* L, int Index)
-{
-	switch (lua_type(L, Index))
-	{
-	case LUA_TNIL: return "nil";
-	case LUA_TBOOLEAN: return lua_toboolean(L, Index) ? "true" : "false";
-	case LUA_TNUMBER: return "the number " + FormatLuaNumber(L, Index);
-	case LUA_TSTRING:
-	{
-		size_t Length = 0;
-		const char* Text = lua_tolstring(L, Index, &Length);
-		return "the string " + QuoteText(std::string(Text, Length));
-	}
-	case LUA_TTABLE: return "a table";
-	case LUA_TFUNCTION: return "a function";
-	case LUA_TUSERDATA: return "a userdata";
-	case LUA_TLIGHTUSERDATA: return "a light userdata";
-	case LUA_TTHREAD: return "a coroutine";
-	default: return "a value";
-	}
-}
-
-std::string FormatCheckNumber(double Value)
-{
-	char Buffer[64];
-	std::snprintf(Buffer, sizeof(Buffer), "%.14g", Value);
-	return Buffer;
-}
-
-std::string FormatLuaNumber(lua_State* L, int Index)
-{
-	return lua_isinteger(L, Index) ? std::to_string(lua_tointeger(L, Index)) : FormatCheckNumber(lua_tonumber(L, Index));
-}
-
-std::string QuoteText(const std::string& Text)
-{
-	std::string Quoted = "\"";
-	const size_t Shown = std::min<size_t>(Text.size(), 80);
-	for (size_t Index = 0; Index < Shown; ++Index)
-	{
-		const unsigned char Character = static_cast<unsigned char>(Text[Index]);
-		if (Character == '"' || Character == '\\')
-		{
-			Quoted += '\\';
-			Quoted += static_cast<char>(Character);
-		}
-		else if (Character < 0x20 || Character == 0x7f)
-		{
-			char Escape[8];
-			std::snprintf(Escape, sizeof(Escape), "\\%d", Character);
-			Quoted += Escape;
-		}
-		else
-		{
-			Quoted += static_cast<char>(Character);
-		}
-	}
-	return Quoted + (Shown < Text.size() ? "...\"" : "\"");
-}
-
-nlohmann::json MakeJsonText(const std::string& Text)
-{
-	// Dumping a json string checks its UTF-8; a script's text may be anything, so it is checked here.
-	const nlohmann::json Value = Text;
-	const std::string Dumped = Value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-	return nlohmann::json::parse(Dumped);
 }

@@ -1,4 +1,4 @@
-// The closest known word to a misspelled key, kind or text, for "did you mean" in check findings.
+// The closest known word to a misspelled key, kind, name or text, for "did you mean" in check findings.
 #include "KestDMXCheckCall.h"
 
 #include <algorithm>
@@ -45,6 +45,42 @@ namespace
 		}
 		return Cost[A.size()][B.size()];
 	}
+
+	std::string JoinPath(const std::string& Path, const std::string& Key)
+	{
+		return Path.empty() ? Key : Path + "." + Key;
+	}
+
+	// The keys of the tables below a class, with their paths: "matrix.x_cells" for x_cells of a
+	// mode, "modes[n].functions" for functions of a fixture type.
+	void CollectKeysBelow(const FKestClass& Class, const std::string& Path, int Depth, std::vector<std::string>& OutNames, std::vector<std::string>& OutPaths)
+	{
+		if (Depth > 3)
+		{
+			return;
+		}
+		const FKestSchema& Schema = GetKestDMXSchema();
+		for (const FKestField& Field : Class.Fields)
+		{
+			const FKestClass* Nested = Field.Class.empty() ? nullptr : Schema.FindClass(Field.Class);
+			if (Nested == nullptr)
+			{
+				continue;
+			}
+			const std::string NestedPath = JoinPath(Path, Field.Name) + (Field.Type == EKestLuaType::List ? "[n]" : "");
+			for (const FKestField& NestedField : Nested->Fields)
+			{
+				OutNames.push_back(NestedField.Name);
+				OutPaths.push_back(JoinPath(NestedPath, NestedField.Name));
+				for (const std::string& Synonym : NestedField.Synonyms)
+				{
+					OutNames.push_back(Synonym);
+					OutPaths.push_back(JoinPath(NestedPath, NestedField.Name));
+				}
+			}
+			CollectKeysBelow(*Nested, NestedPath, Depth + 1, OutNames, OutPaths);
+		}
+	}
 }
 
 std::string SuggestClosest(const std::string& Text, const std::vector<std::string>& Candidates)
@@ -74,4 +110,41 @@ std::string SuggestClosest(const std::string& Text, const std::vector<std::strin
 		}
 	}
 	return Best;
+}
+
+std::string SuggestParamsKey(const FKestClass& Class, const std::string& Key)
+{
+	std::vector<std::string> Names;
+	for (const FKestField& Field : Class.Fields)
+	{
+		Names.push_back(Field.Name);
+	}
+	std::string Suggestion = SuggestClosest(Key, Names);
+	if (!Suggestion.empty())
+	{
+		return Suggestion;
+	}
+	const std::string Lower = ToLowerASCII(Key);
+	for (const FKestField& Field : Class.Fields)
+	{
+		for (const std::string& Synonym : Field.Synonyms)
+		{
+			if (ToLowerASCII(Synonym) == Lower)
+			{
+				return Field.Name;
+			}
+		}
+	}
+	std::vector<std::string> NamesBelow;
+	std::vector<std::string> PathsBelow;
+	CollectKeysBelow(Class, std::string(), 0, NamesBelow, PathsBelow);
+	Suggestion = SuggestClosest(Key, NamesBelow);
+	for (size_t Index = 0; Index < NamesBelow.size() && !Suggestion.empty(); ++Index)
+	{
+		if (NamesBelow[Index] == Suggestion)
+		{
+			return PathsBelow[Index];
+		}
+	}
+	return std::string();
 }
