@@ -349,3 +349,31 @@ load("L:add('fixture_patch', {fixture_type = 'Spot', universe = true})")()
 		EXPECT_FALSE(Finding.Line == 6 && Finding.Code == "not-found") << "fixture_type came from __index: " << Finding.Message;
 	}
 }
+
+// What the engine refused to make, and a subsystem that is not there.
+TEST(FCheckFindingsTest, EngineRefusalsAndAMissingSubsystem)
+{
+	const std::vector<FKestCheckFinding> Findings = RunChecked(R"lua(
+editor.fail_next("DMXEntityFixturePatch")
+L:add("fixture_patch", {name = "P", fixture_type = "Spot"})
+editor.fail_next("DMXComponent")
+dmx_component("Truss"):add({})
+)lua");
+	ExpectFinding(Findings, "not-created", "", 3, "the engine made no fixture patch, so add answered nil");
+	ExpectFinding(Findings, "not-created", "", 5, "the engine made no DMX component, so add answered nil");
+
+	FKestCheckLog Log;
+	{
+		FHeadlessEditorOptions Options;
+		Options.bWithDMXSubsystem = false;
+		FKestDMXSession Session(Options);
+		InstallKestDMXCheck(Session, Log);
+		std::string Error;
+		ASSERT_TRUE(Session.RunScript("local S = dmx_subsystem()\nS:bytes_to_int({1, 300}, false)\nS:int_to_bytes(300, '8bit', false)\n", "script.lua", Error)) << Error;
+		Log.bActive = false;
+	}
+	ExpectFinding(Log.Findings, "not-found", "", 1, "the engine has no DMX subsystem");
+	ExpectFinding(Log.Findings, "invalid-handle", "", 2, "bytes_to_int answered 0 without converting");
+	EXPECT_EQ(Find(Log.Findings, "clamped", "bytes[2]"), nullptr) << "the bytes were never read";
+	ExpectFinding(Log.Findings, "clamped", "value", 3, "the bytes hold 255");
+}
