@@ -377,3 +377,21 @@ dmx_component("Truss"):add({})
 	EXPECT_EQ(Find(Log.Findings, "clamped", "bytes[2]"), nullptr) << "the bytes were never read";
 	ExpectFinding(Log.Findings, "clamped", "value", 3, "the bytes hold 255");
 }
+
+// Keys a params table inherits through __index tables are read as the module reads them; behind an
+// __index function nothing is judged.
+TEST(FCheckFindingsTest, KeysInheritedThroughIndexTables)
+{
+	const std::vector<FKestCheckFinding> Findings = RunChecked(R"lua(
+local Defaults = setmetatable({universe = "3"}, {__index = {fixture_type = "Spot", starting_channel = 900}})
+assert(L:add("fixture_patch", setmetatable({name = "Inherited"}, {__index = Defaults})))
+assert(L:add("fixture_patch", setmetatable({name = "Computed"}, {__index = function(_, Key) return Key == "fixture_type" and "Spot" or nil end})))
+)lua");
+	ExpectFinding(Findings, "wrong-type", "universe", 3, "the string \"3\" is not a number");
+	ExpectFinding(Findings, "clamped", "starting_channel", 3, "900 is outside 1..512");
+	for (const FKestCheckFinding& Finding : Findings)
+	{
+		EXPECT_FALSE(Finding.Code == "not-found") << Finding.Message;
+		EXPECT_FALSE(Finding.Line == 4 && Finding.Code != "overlap") << Finding.Message;
+	}
+}

@@ -385,17 +385,43 @@ namespace
 		}
 	}
 
-	bool HasIndexMetamethod(lua_State* L, int Index)
+	// Pushes Table[Key] as a plain read finds it without running code: the raw value, or for an absent
+	// key the value found in the __index tables the read goes on to. False (nil pushed) when an
+	// __index that is not a table would decide, so the value is not known here.
+	bool PushPlainRead(lua_State* L, int TableIndex, const std::string& Key)
 	{
-		if (!lua_getmetatable(L, Index))
+		const int MaxIndexTables = 16;
+		lua_pushvalue(L, TableIndex);
+		for (int Depth = 0; Depth < MaxIndexTables; ++Depth)
 		{
-			return false;
+			lua_pushlstring(L, Key.data(), Key.size());
+			lua_rawget(L, -2);
+			if (!lua_isnil(L, -1) || !lua_getmetatable(L, -2))
+			{
+				lua_remove(L, -2);
+				return true;
+			}
+			lua_pushliteral(L, "__index");
+			lua_rawget(L, -2);
+			const int IndexType = lua_type(L, -1);
+			if (IndexType == LUA_TNIL)
+			{
+				lua_pop(L, 2);
+				lua_remove(L, -2);
+				return true;
+			}
+			if (IndexType != LUA_TTABLE)
+			{
+				lua_pop(L, 4);
+				lua_pushnil(L);
+				return false;
+			}
+			lua_replace(L, -4);
+			lua_pop(L, 2);
 		}
-		lua_pushliteral(L, "__index");
-		lua_rawget(L, -2);
-		const bool bHasIndex = !lua_isnil(L, -1);
-		lua_pop(L, 2);
-		return bHasIndex;
+		lua_pop(L, 1);
+		lua_pushnil(L);
+		return false;
 	}
 }
 
@@ -435,16 +461,15 @@ FKestAsked ReadAskedParams(lua_State* L, int Index, const FKestClass& Class, con
 		Asked.bOpaque = Asked.LuaType == LUA_TUSERDATA;
 		return Asked;
 	}
-	luaL_checkstack(L, 6, "kestdmx check");
+	luaL_checkstack(L, 8, "kestdmx check");
 	const int TableIndex = lua_absindex(L, Index);
-	const bool bHasIndex = HasIndexMetamethod(L, TableIndex);
 	for (const FKestField& Field : Class.Fields)
 	{
-		lua_pushlstring(L, Field.Name.data(), Field.Name.size());
-		lua_rawget(L, TableIndex);
+		const int Top = lua_gettop(L);
+		const bool bKnown = PushPlainRead(L, TableIndex, Field.Name);
 		FKestAsked Value = ReadField(L, lua_gettop(L), Field, JoinPath(Path, Field.Name), Call);
-		Value.bUncertain = Value.LuaType == LUA_TNIL && bHasIndex;
-		lua_pop(L, 1);
+		Value.bUncertain = !bKnown;
+		lua_settop(L, Top);
 		Asked.Keys.emplace(Field.Name, std::move(Value));
 	}
 	ReportUnknownKeys(L, TableIndex, Class, Path, Call);
