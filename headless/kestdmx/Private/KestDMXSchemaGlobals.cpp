@@ -63,7 +63,7 @@ namespace
 			HandleField("valid", "boolean", "Whether the path resolved to a DMX Library"),
 			HandleField("path", "string", "The path exactly as given"),
 		};
-		const FKestArgument Kind = TextArgument("kind", "DMXEntityKind", "\"fixture_type\" or \"fixture_patch\"");
+		const FKestArgument Kind = TextArgument("kind", "DMXEntityKind", "What the method acts on (letter case is ignored)");
 		const FKestArgument Name = Argument("name", EKestLuaType::String, "string", "Name of the entity (ignoring case; the first match)");
 
 		Global.Functions.push_back(Method("info", "Inspect fixture type, mode, function, matrix, patch, and derived attribute-map state", "dmx_library(path):info()",

@@ -37,7 +37,7 @@ std::vector<FKestClass> MakeKestDMXResultClasses()
 		Field("ending_channel", "integer", "Last channel of the patch"),
 	}));
 
-	Classes.push_back(MakeClass("DMXLibraryInfo", "The whole library as it stands; only valid when the handle did not resolve", {
+	Classes.push_back(MakeClass("DMXLibraryInfo", "The whole library as it stands; just valid (false) when the handle holds no library", {
 		Field("valid", "boolean", "Whether the handle holds a library"),
 		Field("path", "string", "Object path of the library", true),
 		Field("entity_count", "integer", "Entities of every class", true),
