@@ -24,9 +24,10 @@ show("add fixture type Spot", stage:add("fixture_type", {
   modes = {
     {
       name = "Standard 16bit",
+      -- The physical default is applied before the range, as a place in it: 0.5 is its middle, 0 degrees.
       functions = {
-        {attribute = "Pan", name = "Pan", data_type = "16bit", physical_from = -270, physical_to = 270, physical_default_value = 0},
-        {attribute = "Tilt", name = "Tilt", data_type = "16bit", physical_from = -135, physical_to = 135, physical_default_value = 0},
+        {attribute = "Pan", name = "Pan", data_type = "16bit", physical_from = -270, physical_to = 270, physical_default_value = 0.5},
+        {attribute = "Tilt", name = "Tilt", data_type = "16bit", physical_from = -135, physical_to = 135, physical_default_value = 0.5},
         {attribute = "Dimmer", name = "Dimmer", default_value = 0},
         {attribute = "Shutter", name = "Shutter", default_value = 32},
         {attribute = "Zoom", name = "Zoom", default_value = 128},
@@ -90,7 +91,6 @@ for i = 1, 4 do
 end
 show("move Bar 4", stage:configure("fixture_patch", "bar 4", {starting_channel = 150}))
 show("remove House 4", stage:remove("fixture_patch", "House 4"))
-show("remove House 4 again", stage:remove("fixture_patch", "House 4"))
 
 -- Place the spots in the level and point their DMX components at their patches.
 for i = 1, 4 do

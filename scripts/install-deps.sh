@@ -5,7 +5,7 @@ set -euo pipefail
 
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 packages=(build-essential cmake ninja-build ccache clang libclang-rt-dev liblua5.4-dev pkg-config libcli11-dev
-	libgtest-dev libbenchmark-dev nlohmann-json3-dev valgrind)
+	libgtest-dev libbenchmark-dev nlohmann-json3-dev valgrind lua-check)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -19,6 +19,8 @@ void AddRunCommand(CLI::App& App, int& OutExitCode);
 void AddTestCommand(CLI::App& App, int& OutExitCode);
 void AddInspectCommand(CLI::App& App, int& OutExitCode);
 void AddDocsCommand(CLI::App& App, int& OutExitCode);
+void AddCheckCommand(CLI::App& App, int& OutExitCode);
+void AddStubsCommand(CLI::App& App, int& OutExitCode);
 
 // Prints the warnings the engine logged since the last call to stderr (or drops them when bPrint is
 // false), as the editor's log would show them.
