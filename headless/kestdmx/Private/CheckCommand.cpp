@@ -61,8 +61,11 @@ namespace
 		FKestDMXSession Session;
 		if (!Options.ProjectDir.empty())
 		{
-			const bool bLoaded = LoadKestDMXProject(Options.ProjectDir, Session.GetEditor(), OutFailure);
+			// Read only: a check never saves, so it neither locks the project nor tidies it.
+			FKestDMXProject Project;
+			const bool bLoaded = LoadKestDMXProject(Options.ProjectDir, Session.GetEditor(), Project, OutFailure, EKestDMXProjectAccess::Read);
 			FlushEngineWarnings();
+			PrintProjectWarnings(Project);
 			if (!bLoaded)
 			{
 				return false;
