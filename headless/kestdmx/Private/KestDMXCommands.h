@@ -19,6 +19,7 @@ void AddRunCommand(CLI::App& App, int& OutExitCode);
 void AddTestCommand(CLI::App& App, int& OutExitCode);
 void AddInspectCommand(CLI::App& App, int& OutExitCode);
 void AddDocsCommand(CLI::App& App, int& OutExitCode);
+void AddImportCommand(CLI::App& App, int& OutExitCode);
 
 // Prints the warnings the engine logged since the last call to stderr (or drops them when bPrint is
 // false), as the editor's log would show them.
