@@ -208,7 +208,8 @@ TEST(FImportMappingTest, PanAndTiltGetThePhysicalRangeWithTheirDefaultKept)
 {
 	const std::string Channels = Preset("Pan", "PositionPan", " Default=\"128\"") + Preset("Pan fine", "PositionPanFine") + Preset("Tilt", "PositionTilt", " Default=\"255\"");
 	const std::string WithModePhysical = " <Mode Name=\"Wide\"><Channel Number=\"0\">Tilt</Channel><Physical><Focus PanMax=\"0\" TiltMax=\"300\"/></Physical></Mode>\n";
-	const FMapped Mapped = Map(MakeDefinition(Channels + MakeMode({"Pan", "Pan fine", "Tilt"}) + WithModePhysical, "<Focus PanMax=\"540\" TiltMax=\"270\"/>"));
+	const FMapped Mapped = Map(MakeDefinition(Channels + Grouped("Pan control", "Pan") + MakeMode({"Pan", "Pan fine", "Tilt", "Pan control"}) + WithModePhysical,
+		"<Focus PanMax=\"540\" TiltMax=\"270\"/>"));
 	const FImportFunction& Pan = Mapped.Mode().Functions.at(0);
 	ASSERT_TRUE(Pan.PhysicalRange.has_value());
 	EXPECT_EQ(Pan.PhysicalRange->To, 540.0);
@@ -217,6 +218,8 @@ TEST(FImportMappingTest, PanAndTiltGetThePhysicalRangeWithTheirDefaultKept)
 	ASSERT_TRUE(Tilt.PhysicalRange.has_value());
 	EXPECT_EQ(Tilt.PhysicalRange->To, 270.0);
 	EXPECT_EQ(Tilt.PhysicalRange->NormalizedDefault, 1.0);
+	EXPECT_EQ(Mapped.Mode().Functions.at(2).Attribute, "Pan2");
+	EXPECT_FALSE(Mapped.Mode().Functions.at(2).PhysicalRange.has_value());
 	ASSERT_TRUE(Mapped.Mode(1).Functions.at(0).PhysicalRange.has_value());
 	EXPECT_EQ(Mapped.Mode(1).Functions.at(0).PhysicalRange->To, 300.0);
 

@@ -21,9 +21,6 @@ namespace
 		// The head the unit lies in, or -1.
 		int32 Head = -1;
 		std::string Attribute;
-		// A pan or tilt channel (coarse or whole), which gets the fixture's physical range.
-		bool bTakesPanRange = false;
-		bool bTakesTiltRange = false;
 		std::string Name;
 		std::string Description;
 		int64 DefaultValue = 0;
@@ -187,8 +184,6 @@ namespace
 		Unit.FirstChannel = Number;
 		Unit.Head = Head;
 		Unit.Attribute = Attribute.bFine ? Attribute.Attribute + "Fine" : Attribute.Attribute;
-		Unit.bTakesPanRange = !Attribute.bFine && Attribute.Attribute == "Pan";
-		Unit.bTakesTiltRange = !Attribute.bFine && Attribute.Attribute == "Tilt";
 		Unit.Name = Channel.Name;
 		Unit.Description = DescribeCapabilities(Channel);
 		Unit.DefaultValue = Channel.DefaultValue;
@@ -413,7 +408,9 @@ namespace
 		Function.bUseLSB = Unit.bUseLSB;
 
 		const FDefinitionPhysical& Physical = Source.Mode.Physical ? *Source.Mode.Physical : Source.Definition.Physical;
-		const double Degrees = Unit.bTakesPanRange ? Physical.PanMax : Unit.bTakesTiltRange ? Physical.TiltMax : 0.0;
+		// The mode's Pan and Tilt get the fixture's range; further pan or tilt channels (Pan2, ...)
+		// are controls or other motors whose range the definition does not give.
+		const double Degrees = Function.Attribute == "Pan" ? Physical.PanMax : Function.Attribute == "Tilt" ? Physical.TiltMax : 0.0;
 		if (Degrees > 0.0)
 		{
 			// The engine takes the default as a fraction of the range it has then (0..1) and keeps
