@@ -151,13 +151,14 @@ TEST(FImportMappingTest, AdjacentCoarseAndFineChannelsOfOneAttributeBecomeOneSix
 TEST(FImportMappingTest, AttributesAndNamesAreUniqueWithinAMode)
 {
 	const FMapped Mapped = Map(MakeDefinition(Preset("Red", "IntensityRed") + Preset("RED", "IntensityRed") + Grouped("red", "Shutter")
-		+ MakeMode({"Red", "RED", "red"}) + MakeMode({"Red"})));
+		+ Grouped("Spare", "None") + MakeMode({"Red", "RED", "red", "Spare"}) + MakeMode({"Red"})));
 	const std::vector<FImportFunction>& Functions = Mapped.Mode().Functions;
-	ASSERT_EQ(Functions.size(), 3u);
+	ASSERT_EQ(Functions.size(), 4u);
 	EXPECT_EQ(Functions[0].Attribute, "Red");
 	EXPECT_EQ(Functions[1].Attribute, "Red2");
 	EXPECT_EQ(Functions[1].Name, "RED 2");
 	EXPECT_EQ(Functions[2].Name, "red 3");
+	EXPECT_EQ(Functions[3].Attribute, "NoFunction") << "the engine reads a None attribute as no name";
 	EXPECT_EQ(Mapped.Mode(0).Name, "Main");
 	EXPECT_EQ(Mapped.Mode(1).Name, "Main 2");
 	EXPECT_EQ(Mapped.FixtureType.Name, "Acme Spot 1");

@@ -33,6 +33,7 @@ namespace
   <Channel Number="7">Pan</Channel>
   <Head><Channel>1</Channel><Channel>2</Channel></Head><Head><Channel>3</Channel><Channel>4</Channel></Head><Head><Channel>5</Channel><Channel>6</Channel></Head>
  </Mode>
+ <Mode Name="Off"/>
  <Physical><Focus PanMax="540" TiltMax="270"/></Physical>
 </FixtureDefinition>
 )";
@@ -80,7 +81,7 @@ TEST_F(FImportScriptTest, TheEngineStoresWhatTheDefinitionSays)
 	ASSERT_NE(FixtureType, nullptr);
 	EXPECT_TRUE(FixtureType->Name.Equals(FString(TEXT("Acme & \"Sons\" Beam\\Bar\n2"))));
 	EXPECT_EQ(FixtureType->DMXCategory.Name, FName(TEXT("Matrix/Pixel Bar")));
-	ASSERT_EQ(FixtureType->Modes.Num(), 2);
+	ASSERT_EQ(FixtureType->Modes.Num(), 3);
 
 	const FDMXFixtureMode& Move = FixtureType->Modes[0];
 	EXPECT_EQ(Move.ChannelSpan, 4);
@@ -108,6 +109,9 @@ TEST_F(FImportScriptTest, TheEngineStoresWhatTheDefinitionSays)
 	EXPECT_EQ(Shutter.Description, FString(TEXT("0-9: Closed \"shut\"; 10-255: Open\twide")));
 	EXPECT_EQ(FindFunction(Pixels, TEXT("Pan")).Channel, 8);
 	EXPECT_EQ(FindFunction(Pixels, TEXT("Pan")).DefaultValue, 128);
+
+	// A mode without channels spans none, although the engine's span counts a disabled matrix's cell.
+	EXPECT_EQ(FixtureType->Modes[2].ChannelSpan, 0);
 }
 
 TEST_F(FImportScriptTest, AScriptThatCannotAddEverythingAddsNothing)

@@ -157,6 +157,11 @@ FChannelAttribute MapChannelAttribute(const FDefinitionChannel& Channel)
 	{
 		Result.Attribute = "Function";
 	}
+	// The engine takes any spelling of "None" for no name at all.
+	if (FoldCase(Result.Attribute) == "none")
+	{
+		Result.Attribute = "NoFunction";
+	}
 	return Result;
 }
 

@@ -193,7 +193,10 @@ namespace
 			std::string Error;
 			if (Options.OutFile.empty())
 			{
-				std::cout << Script;
+				if (!(std::cout << Script << std::flush))
+				{
+					ExitCode = ReportFailure("cannot write the script to stdout");
+				}
 			}
 			else if (!WriteImportScriptFile(Options.OutFile, Script, Error))
 			{
