@@ -74,8 +74,9 @@ struct FFixtureDefinition
 // Largest fixture definition file read; real ones stay far below.
 constexpr size_t MaxFixtureDefinitionBytes = 16 * 1024 * 1024;
 
-// Parses the text of a fixture definition. False, with OutError saying what is wrong (without the
-// file name), when the text is not XML or not a fixture definition or its modes are not consistent.
+// Parses the text of a fixture definition into OutDefinition (which keeps only its File). False,
+// with OutError saying what is wrong (without the file name), when the text is not XML or not a
+// fixture definition or its modes are not consistent.
 bool ParseFixtureDefinition(const std::string& Text, FFixtureDefinition& OutDefinition, std::string& OutError);
 
 // Reads and parses a file. False, with OutError "FILE: problem", when it is missing, unreadable,
