@@ -129,3 +129,27 @@ TEST_F(FImportScriptTest, AScriptThatCannotAddEverythingAddsNothing)
 	EXPECT_EQ(UndoableSteps(), StepsBefore);
 	EXPECT_EQ(LoadLibraryForReport("/Game/DMX/Acme_Sons")->GetEntities().Num(), 1);
 }
+
+TEST_F(FImportScriptTest, AModeBeyondAUniverseKeepsAllItsChannels)
+{
+	std::string Text = "<FixtureDefinition><Manufacturer>Acme</Manufacturer><Model>Wall</Model><Channel Name=\"D\" Preset=\"IntensityDimmer\"/><Mode Name=\"All\">";
+	for (int32 Number = 0; Number < 520; ++Number)
+	{
+		Text += "<Channel Number=\"" + std::to_string(Number) + "\">D</Channel>";
+	}
+	Text += "<Head><Channel>512</Channel><Channel>513</Channel></Head><Head><Channel>514</Channel><Channel>515</Channel></Head></Mode></FixtureDefinition>";
+	FFixtureDefinition Definition;
+	std::string Error;
+	ASSERT_TRUE(ParseFixtureDefinition(Text, Definition, Error)) << Error;
+	std::vector<FImportNote> Notes;
+	MapFixtureDefinition(Definition, Notes);
+	ASSERT_EQ(Notes.size(), 2u);
+	EXPECT_EQ(Notes[0].Text, "mode 'All': heads kept as separate functions: the heads start at channel 513, past channel 512 where a matrix must start");
+	EXPECT_EQ(Notes[1].Text, "mode 'All': it has 520 channels, more than the 512 of a universe; imported as it is, but no patch of it fits a universe");
+
+	UDMXEntityFixtureType* FixtureType = ImportOne(Text);
+	ASSERT_NE(FixtureType, nullptr);
+	EXPECT_EQ(FixtureType->Modes[0].ChannelSpan, 520);
+	EXPECT_EQ(FixtureType->Modes[0].Functions.Num(), 520);
+	EXPECT_EQ(FixtureType->Modes[0].Functions.Last().Channel, 520);
+}
