@@ -132,10 +132,12 @@ TEST_F(FImportScriptTest, AScriptThatCannotAddEverythingAddsNothing)
 
 TEST_F(FImportScriptTest, AModeBeyondAUniverseKeepsAllItsChannels)
 {
-	std::string Text = "<FixtureDefinition><Manufacturer>Acme</Manufacturer><Model>Wall</Model><Channel Name=\"D\" Preset=\"IntensityDimmer\"/><Mode Name=\"All\">";
+	// 256 16-bit dimmers, then two heads of two 8-bit channels and four more.
+	std::string Text = "<FixtureDefinition><Manufacturer>Acme</Manufacturer><Model>Wall</Model><Channel Name=\"D\" Preset=\"IntensityDimmer\"/>"
+		"<Channel Name=\"D fine\" Preset=\"IntensityDimmerFine\"/><Mode Name=\"All\">";
 	for (int32 Number = 0; Number < 520; ++Number)
 	{
-		Text += "<Channel Number=\"" + std::to_string(Number) + "\">D</Channel>";
+		Text += "<Channel Number=\"" + std::to_string(Number) + (Number % 2 == 0 || Number >= 512 ? "\">D</Channel>" : "\">D fine</Channel>");
 	}
 	Text += "<Head><Channel>512</Channel><Channel>513</Channel></Head><Head><Channel>514</Channel><Channel>515</Channel></Head></Mode></FixtureDefinition>";
 	FFixtureDefinition Definition;
@@ -150,6 +152,6 @@ TEST_F(FImportScriptTest, AModeBeyondAUniverseKeepsAllItsChannels)
 	UDMXEntityFixtureType* FixtureType = ImportOne(Text);
 	ASSERT_NE(FixtureType, nullptr);
 	EXPECT_EQ(FixtureType->Modes[0].ChannelSpan, 520);
-	EXPECT_EQ(FixtureType->Modes[0].Functions.Num(), 520);
+	EXPECT_EQ(FixtureType->Modes[0].Functions.Num(), 256 + 8);
 	EXPECT_EQ(FixtureType->Modes[0].Functions.Last().Channel, 520);
 }
