@@ -117,7 +117,7 @@ namespace
 
 	// Loads the project, makes the libraries it lacks, settles the names against what the libraries
 	// hold and runs the script; the project is saved only when all of it succeeded.
-	int ApplyToProject(const FImportOptions& Options, FImportResult& Result)
+	int ApplyToProject(const FImportOptions& Options, FImportResult& Result, std::vector<std::string>& OutSavedFiles)
 	{
 		std::string Error;
 		if (!PrepareProjectFolder(Options.ProjectDir, Error))
@@ -152,12 +152,10 @@ namespace
 		{
 			return ReportFailure("the import script failed, so the project is not saved: " + Error);
 		}
-		std::vector<std::string> Saved;
-		if (!SaveKestDMXProject(Options.ProjectDir, Session.GetEditor(), Error, &Saved))
+		if (!SaveKestDMXProject(Options.ProjectDir, Session.GetEditor(), Error, &OutSavedFiles))
 		{
 			return ReportFailure(Error);
 		}
-		std::cerr << "kestdmx import: saved " << CountOf(Saved.size(), "file", "files") << " of " << Options.ProjectDir << "\n";
 		return KestDMXExitSuccess;
 	}
 
@@ -181,9 +179,10 @@ namespace
 			return KestDMXExitFailure;
 		}
 
+		std::vector<std::string> SavedFiles;
 		if (!Options.ProjectDir.empty())
 		{
-			const int ProjectExitCode = ApplyToProject(Options, Result);
+			const int ProjectExitCode = ApplyToProject(Options, Result, SavedFiles);
 			ExitCode = ProjectExitCode != KestDMXExitSuccess ? ProjectExitCode : ExitCode;
 		}
 		else
@@ -204,6 +203,10 @@ namespace
 			}
 		}
 		PrintSummary(Result);
+		if (!SavedFiles.empty())
+		{
+			std::cerr << "kestdmx import: saved " << CountOf(SavedFiles.size(), "file", "files") << " of " << Options.ProjectDir << "\n";
+		}
 		return ExitCode;
 	}
 }
