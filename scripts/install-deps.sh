@@ -3,9 +3,12 @@
 # Safe to run again: packages already present are skipped and sol2 is fetched only once.
 set -euo pipefail
 
+# qlcplus-data holds the fixture definitions (.qxf) the import tests and benchmarks read: test data,
+# never built into anything.
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 packages=(build-essential cmake ninja-build ccache clang libclang-rt-dev liblua5.4-dev pkg-config libcli11-dev
-	libgtest-dev libbenchmark-dev nlohmann-json3-dev valgrind lua-check)
+	libgtest-dev libbenchmark-dev nlohmann-json3-dev libpugixml-dev valgrind lua-check
+	qlcplus-data)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -33,7 +33,7 @@ TEST(FCommandLineTest, HelpAndVersionGoToStdoutAndSucceed)
 {
 	const FCommandResult Help = RunCommandLine({"--help"});
 	EXPECT_EQ(Help.ExitCode, 0);
-	for (const char* Command : {"run", "test", "inspect", "docs"})
+	for (const char* Command : {"run", "test", "inspect", "docs", "check", "stubs", "import"})
 	{
 		EXPECT_NE(Help.Out.find(Command), std::string::npos) << Command;
 		const FCommandResult CommandHelp = RunCommandLine({Command, "--help"});

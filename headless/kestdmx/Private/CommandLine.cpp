@@ -58,6 +58,7 @@ int RunKestDMXCommandLine(const std::vector<std::string>& Args)
 	AddDocsCommand(App, ExitCode);
 	AddCheckCommand(App, ExitCode);
 	AddStubsCommand(App, ExitCode);
+	AddImportCommand(App, ExitCode);
 
 	// CLI11 would take an unknown command for a stray argument and only ask for a command.
 	if (!Args.empty() && !Args[0].empty() && Args[0][0] != '-')

@@ -21,6 +21,7 @@ void AddInspectCommand(CLI::App& App, int& OutExitCode);
 void AddDocsCommand(CLI::App& App, int& OutExitCode);
 void AddCheckCommand(CLI::App& App, int& OutExitCode);
 void AddStubsCommand(CLI::App& App, int& OutExitCode);
+void AddImportCommand(CLI::App& App, int& OutExitCode);
 
 // Prints the warnings the engine logged since the last call to stderr (or drops them when bPrint is
 // false), as the editor's log would show them.

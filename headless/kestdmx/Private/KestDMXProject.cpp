@@ -9,9 +9,11 @@
 #include "ProjectSaveProtocol.h"
 
 #include <algorithm>
-#include <iterator>
 #include <cerrno>
 #include <exception>
+#include <filesystem>
+#include <iterator>
+#include <system_error>
 #include <unistd.h>
 #include <unordered_map>
 
@@ -120,6 +122,27 @@ std::vector<FString> FindProjectLibraryPackages(const std::string& ProjectDir)
 		}
 	}
 	return Packages;
+}
+
+bool PrepareKestDMXProjectFolder(const std::string& ProjectDir, std::string& OutError)
+{
+	std::error_code Error;
+	const std::filesystem::file_status Status = std::filesystem::status(ProjectDir, Error);
+	if (std::filesystem::is_directory(Status))
+	{
+		return true;
+	}
+	if (std::filesystem::exists(Status))
+	{
+		OutError = "the project folder " + ProjectDir + " is not a folder";
+		return false;
+	}
+	if (!std::filesystem::create_directories(ProjectDir, Error) && Error)
+	{
+		OutError = "cannot create the project folder " + ProjectDir + ": " + Error.message();
+		return false;
+	}
+	return true;
 }
 
 bool LoadKestDMXProject(const std::string& ProjectDir, FHeadlessEditor& Editor, FKestDMXProject& OutProject, std::string& OutError, EKestDMXProjectAccess Access)

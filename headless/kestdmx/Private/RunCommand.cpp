@@ -21,28 +21,6 @@ namespace
 		std::vector<std::string> Scripts;
 	};
 
-	// A project folder that does not exist yet is made, so a first run starts an empty project.
-	bool PrepareProjectFolder(const std::string& ProjectDir, std::string& OutError)
-	{
-		std::error_code Error;
-		const std::filesystem::file_status Status = std::filesystem::status(ProjectDir, Error);
-		if (std::filesystem::is_directory(Status))
-		{
-			return true;
-		}
-		if (std::filesystem::exists(Status))
-		{
-			OutError = "the project folder " + ProjectDir + " is not a folder";
-			return false;
-		}
-		if (!std::filesystem::create_directories(ProjectDir, Error) && Error)
-		{
-			OutError = "cannot create the project folder " + ProjectDir + ": " + Error.message();
-			return false;
-		}
-		return true;
-	}
-
 	int RunScripts(const FRunOptions& Options)
 	{
 		for (const std::string& Script : Options.Scripts)
@@ -55,7 +33,7 @@ namespace
 		if (!Options.ProjectDir.empty())
 		{
 			std::string Error;
-			if (!PrepareProjectFolder(Options.ProjectDir, Error))
+			if (!PrepareKestDMXProjectFolder(Options.ProjectDir, Error))
 			{
 				return ReportFailure(Error);
 			}

@@ -77,6 +77,10 @@ std::string GetProjectFileForPackage(const std::string& ProjectDir, const FStrin
 // the folder cannot be read (LoadKestDMXProject says why).
 std::vector<FString> FindProjectLibraryPackages(const std::string& ProjectDir);
 
+// Makes the project folder when it does not exist yet, so that a first run starts an empty project;
+// false, with the reason, when DIR is something else than a folder or cannot be made.
+bool PrepareKestDMXProjectFolder(const std::string& ProjectDir, std::string& OutError);
+
 // Reads every library file, then the level file (when there is one), into the running editor. Loaded
 // packages are left clean and nothing is recorded for undo. On failure OutError names the file (and
 // the place in it) and what is wrong; objects already read stay in memory and OutProject cannot be
