@@ -12,6 +12,7 @@
 #include "Library/DMXEntityFixtureType.h"
 #include "Library/DMXLibrary.h"
 #include "Misc/PackageName.h"
+#include "UObject/HeadlessObjectRegistry.h"
 #include "UObject/UObjectGlobals.h"
 
 namespace
@@ -261,4 +262,24 @@ UDMXLibrary* LoadLibraryForReport(const std::string& Path)
 		ObjectPath += ShortName;
 	}
 	return Cast<UDMXLibrary>(StaticLoadObject(UDMXLibrary::StaticClass(), nullptr, *ObjectPath, {}, LOAD_NoWarn | LOAD_Quiet));
+}
+
+std::vector<UDMXLibrary*> FindLibrariesInMemory()
+{
+	std::vector<std::pair<std::string, UDMXLibrary*>> Found;
+	FHeadlessObjectRegistry::Get().ForEachObject([&Found](UObject* Object)
+	{
+		UDMXLibrary* Library = Cast<UDMXLibrary>(Object);
+		if (Library != nullptr && !Library->IsGarbage() && !Library->IsTemplate())
+		{
+			Found.emplace_back(ToUTF8(Library->GetPathName()), Library);
+		}
+	});
+	std::sort(Found.begin(), Found.end(), [](const auto& A, const auto& B) { return A.first < B.first; });
+	std::vector<UDMXLibrary*> Libraries;
+	for (const auto& [Path, Library] : Found)
+	{
+		Libraries.push_back(Library);
+	}
+	return Libraries;
 }
