@@ -6,6 +6,10 @@ set -euo pipefail
 here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 packages=(build-essential cmake ninja-build ccache clang libclang-rt-dev liblua5.4-dev pkg-config libcli11-dev
 	libgtest-dev libbenchmark-dev nlohmann-json3-dev valgrind)
+# For the tests only: headless Chromium renders the channel map page, zlib reads its PNG, pugixml
+# reads the page and fixture definition files, and qlcplus-data's fixture definitions (test data,
+# never shipped) give the text report real names.
+packages+=(chromium-headless-shell zlib1g-dev libpugixml-dev qlcplus-data)
 
 missing=()
 for p in "${packages[@]}"; do
