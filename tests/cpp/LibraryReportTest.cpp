@@ -11,6 +11,7 @@
 #include <map>
 #include <pugixml.hpp>
 #include <sstream>
+#include "ChannelMapPage.h"
 #include "KestDMXRunner.h"
 #include "KestDMXText.h"
 #include "LibraryReport.h"
@@ -227,4 +228,29 @@ TEST(FLibraryReportTest, EveryFixtureDefinitionReportsWholeLinesInAlignedColumns
 	EXPECT_EQ(Lines[Line], "") << "the fixture types end where their data ends";
 	RecordProperty("rows", CheckedRows);
 	std::cout << "[ report   ] " << Files.size() << " fixture definitions, " << CheckedRows << " function rows aligned\n";
+}
+
+// Patches piled on one channel (the default starting channel) would list every pair: the report and
+// the page name the first few and count the rest, so their size grows with the patches, not with
+// their square.
+TEST(FLibraryReportTest, PatchesPiledOnOneChannelNameAFewAndCountTheRest)
+{
+	FKestDMXSession Session;
+	std::string Error;
+	ASSERT_TRUE(Session.RunScript(R"(assert(editor.create_library("/Game/DMX/Pile"))
+		local lib = dmx_library("/Game/DMX/Pile")
+		assert(lib:add("fixture_type", { name = "Par", modes = { { name = "1ch", functions = { { attribute = "Dimmer" } } } } }))
+		for i = 1, 40 do assert(lib:add("fixture_patch", { name = "Par " .. i, fixture_type = "Par" })) end)", "test", Error)) << Error;
+	UDMXLibrary* Library = LoadLibraryForReport("/Game/DMX/Pile");
+
+	const std::vector<std::string> Lines = SplitLines(FormatLibraryReport(Library));
+	const auto First = std::find(Lines.begin(), Lines.end(), "       OVERLAPS: Par 2, Par 3, Par 4, Par 5, Par 6, Par 7, Par 8, Par 9 and 31 more");
+	ASSERT_NE(First, Lines.end());
+	EXPECT_EQ(*(First + 2), "       OVERLAPS: Par 1, Par 3, Par 4, Par 5, Par 6, Par 7, Par 8, Par 9 and 31 more");
+	EXPECT_EQ(Lines.back(), "40 patches in 1 universes, 0 invalid, 40 overlapping");
+
+	const std::string Page = FormatChannelMapPage({Library});
+	EXPECT_NE(Page.find("Shares channels with: Par 2, Par 3, Par 4, Par 5, Par 6, Par 7, Par 8, Par 9 and 31 more</title>"), std::string::npos);
+	EXPECT_NE(Page.find("<title>Channel 1 claimed by Par 1, Par 2, Par 3, Par 4, Par 5, Par 6, Par 7, Par 8 and 32 more</title>"), std::string::npos);
+	EXPECT_EQ(Page.find("Par 10, "), std::string::npos);
 }

@@ -178,14 +178,10 @@ namespace
 			Out += "\nInvalid: ";
 			AppendHTMLText(Out, EscapeForDisplay(Placement.InvalidReason));
 		}
-		if (!Placement.Overlaps.empty())
+		if (Placement.OverlapCount > 0)
 		{
 			Out += "\nShares channels with: ";
-			for (size_t Index = 0; Index < Placement.Overlaps.size(); ++Index)
-			{
-				Out += Index == 0 ? "" : ", ";
-				AppendDisplayName(Out, Occupancy.Patches[Placement.Overlaps[Index]].Patch->Name);
-			}
+			AppendOverlapNames(Out, Occupancy, Placement);
 		}
 		Out += "</title>";
 	}
@@ -256,19 +252,10 @@ namespace
 	{
 		for (const auto& [First, Last] : Occupancy.SharedRanges)
 		{
-			Out += "<g class=\"shared\"><title>Channels ";
+			Out += First == Last ? "<g class=\"shared\"><title>Channel " : "<g class=\"shared\"><title>Channels ";
 			AppendChannels(Out, First, Last);
 			Out += " claimed by ";
-			bool bFirstName = true;
-			for (const FPatchPlacement& Placement : Occupancy.Patches)
-			{
-				if (Placement.Span > 0 && Placement.Start <= Last && Placement.End >= First)
-				{
-					Out += bFirstName ? "" : ", ";
-					AppendDisplayName(Out, Placement.Patch->Name);
-					bFirstName = false;
-				}
-			}
+			AppendClaimingPatches(Out, Occupancy, First, Last);
 			Out += "</title>";
 			for (const FGridSegment& Segment : SplitIntoRows(First, Last))
 			{
@@ -278,6 +265,45 @@ namespace
 			}
 			Out += "</g>";
 		}
+	}
+}
+
+void AppendOverlapNames(std::string& Out, const FUniverseOccupancy& Occupancy, const FPatchPlacement& Placement)
+{
+	for (size_t Index = 0; Index < Placement.Overlaps.size(); ++Index)
+	{
+		Out += Index == 0 ? "" : ", ";
+		AppendDisplayName(Out, Occupancy.Patches[Placement.Overlaps[Index]].Patch->Name);
+	}
+	if (const int32 Unlisted = Placement.OverlapCount - static_cast<int32>(Placement.Overlaps.size()); Unlisted > 0)
+	{
+		Out += " and ";
+		AppendNumber(Out, Unlisted);
+		Out += " more";
+	}
+}
+
+void AppendClaimingPatches(std::string& Out, const FUniverseOccupancy& Occupancy, int32 First, int32 Last)
+{
+	size_t Count = 0;
+	for (const FPatchPlacement& Placement : Occupancy.Patches)
+	{
+		if (Placement.Span <= 0 || Placement.Start > Last || Placement.End < First)
+		{
+			continue;
+		}
+		if (Count < MaxListedOverlaps)
+		{
+			Out += Count == 0 ? "" : ", ";
+			AppendDisplayName(Out, Placement.Patch->Name);
+		}
+		++Count;
+	}
+	if (Count > MaxListedOverlaps)
+	{
+		Out += " and ";
+		AppendNumber(Out, static_cast<int64>(Count - MaxListedOverlaps));
+		Out += " more";
 	}
 }
 

@@ -101,16 +101,7 @@ namespace
 				Out += "<li><b>";
 				AppendChannels(Out, First, Last);
 				Out += "</b>: ";
-				bool bFirstName = true;
-				for (const FPatchPlacement& Placement : Occupancy.Patches)
-				{
-					if (Placement.Span > 0 && Placement.Start <= Last && Placement.End >= First)
-					{
-						Out += bFirstName ? "" : ", ";
-						AppendDisplayName(Out, Placement.Patch->Name);
-						bFirstName = false;
-					}
-				}
+				AppendClaimingPatches(Out, Occupancy, First, Last);
 				Out += "</li>";
 			}
 			Out += "</ul>";
@@ -249,19 +240,15 @@ namespace
 			Out += Index == 0 ? "" : ", ";
 			AppendDisplayName(Out, Tags[Index]);
 		}
-		Out += Placement.bValid && Placement.Overlaps.empty() ? "</td><td>" : "</td><td class=\"bad\">";
+		Out += Placement.bValid && Placement.OverlapCount == 0 ? "</td><td>" : "</td><td class=\"bad\">";
 		if (!Placement.bValid)
 		{
 			AppendHTMLText(Out, EscapeForDisplay(Placement.InvalidReason));
 		}
-		if (!Placement.Overlaps.empty())
+		if (Placement.OverlapCount > 0)
 		{
 			Out += Placement.bValid ? "shares channels with " : "; shares channels with ";
-			for (size_t Index = 0; Index < Placement.Overlaps.size(); ++Index)
-			{
-				Out += Index == 0 ? "" : ", ";
-				AppendDisplayName(Out, Occupancy.Patches[Placement.Overlaps[Index]].Patch->Name);
-			}
+			AppendOverlapNames(Out, Occupancy, Placement);
 		}
 		Out += "</td></tr>";
 	}
@@ -300,7 +287,7 @@ namespace
 			{
 				++PatchCount;
 				InvalidCount += Placement.bValid ? 0 : 1;
-				OverlapCount += Placement.Overlaps.empty() ? 0 : 1;
+				OverlapCount += Placement.OverlapCount > 0 ? 1 : 0;
 			}
 		}
 

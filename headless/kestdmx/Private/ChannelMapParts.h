@@ -7,6 +7,7 @@
 #include "ChannelMapPage.h"
 
 class UDMXLibrary;
+struct FPatchPlacement;
 struct FUniverseOccupancy;
 
 constexpr int32 ChannelMapColumns = 32;
@@ -43,6 +44,14 @@ void AppendGridDefinitions(std::string& Out);
 
 // The SVG grid of one universe with its patch blocks and shared-channel hatches.
 void AppendUniverseGrid(std::string& Out, const FUniverseOccupancy& Occupancy);
+
+// The names of the patches the placement shares channels with, comma-separated, the unlisted ones
+// counted at the end.
+void AppendOverlapNames(std::string& Out, const FUniverseOccupancy& Occupancy, const FPatchPlacement& Placement);
+
+// The names of the patches claiming any of the channels First to Last, at most MaxListedOverlaps of
+// them and the rest counted.
+void AppendClaimingPatches(std::string& Out, const FUniverseOccupancy& Occupancy, int32 First, int32 Last);
 
 // The fixture types of the library as cards, each mode a table of its channels.
 void AppendFixtureTypes(std::string& Out, const UDMXLibrary* Library);

@@ -231,13 +231,17 @@ std::string FormatLibraryReport(UDMXLibrary* Library)
 				++InvalidCount;
 				Out << "       INVALID: " << EscapeForDisplay(Placement.InvalidReason) << '\n';
 			}
-			if (!Placement.Overlaps.empty())
+			if (Placement.OverlapCount > 0)
 			{
 				++OverlapCount;
 				Out << "       OVERLAPS:";
 				for (size_t Index = 0; Index < Placement.Overlaps.size(); ++Index)
 				{
 					Out << (Index == 0 ? " " : ", ") << ShowName(Occupancy.Patches[Placement.Overlaps[Index]].Patch->Name);
+				}
+				if (const size_t Unlisted = static_cast<size_t>(Placement.OverlapCount) - Placement.Overlaps.size(); Unlisted > 0)
+				{
+					Out << " and " << Unlisted << " more";
 				}
 				Out << '\n';
 			}

@@ -9,8 +9,18 @@
 
 namespace
 {
+	void AddOverlap(FPatchPlacement& Placement, size_t Other)
+	{
+		++Placement.OverlapCount;
+		if (Placement.Overlaps.size() < MaxListedOverlaps)
+		{
+			Placement.Overlaps.push_back(Other);
+		}
+	}
+
 	// Marks every pair of patches whose channel ranges share a channel. Patches without a span take
-	// no channels. The patches arrive sorted by starting channel.
+	// no channels. The patches arrive sorted by starting channel, so each patch meets the others in
+	// ascending order: those before it while they are walked, then its own followers.
 	void FindOverlaps(std::vector<FPatchPlacement>& Patches)
 	{
 		for (size_t First = 0; First < Patches.size(); ++First)
@@ -25,13 +35,9 @@ namespace
 				{
 					continue;
 				}
-				Patches[First].Overlaps.push_back(Second);
-				Patches[Second].Overlaps.push_back(First);
+				AddOverlap(Patches[First], Second);
+				AddOverlap(Patches[Second], First);
 			}
-		}
-		for (FPatchPlacement& Placement : Patches)
-		{
-			std::sort(Placement.Overlaps.begin(), Placement.Overlaps.end());
 		}
 	}
 

@@ -13,6 +13,10 @@ class UDMXEntityFixturePatch;
 
 constexpr int32 DMXChannelsPerUniverse = 512;
 
+// How many of the patches a patch shares channels with are named; a rig that piles thousands of
+// patches on one channel would otherwise list every pair.
+constexpr size_t MaxListedOverlaps = 8;
+
 // One patch where it sits. End is the engine's ending channel; a patch without a span claims nothing.
 struct FPatchPlacement
 {
@@ -22,7 +26,9 @@ struct FPatchPlacement
 	int32 Span = 0;
 	bool bValid = true;
 	std::string InvalidReason;
-	// Positions in the universe's Patches of the patches sharing at least one channel with this one.
+	// How many patches share at least one channel with this one, and the positions in the universe's
+	// Patches of the first MaxListedOverlaps of them, ascending.
+	int32 OverlapCount = 0;
 	std::vector<size_t> Overlaps;
 };
 
