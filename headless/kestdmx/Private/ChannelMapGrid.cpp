@@ -12,7 +12,7 @@
 
 namespace
 {
-	// Red of channels claimed twice; the overlap test of the page looks for it.
+	// Red of channels claimed by more than one patch; the rendering test looks for it.
 	const char* const SharedRed = "#d40000";
 
 	// Roughly how wide one column of label text is at the label's size, for cutting long names.
