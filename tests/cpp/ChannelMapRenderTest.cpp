@@ -59,7 +59,9 @@ namespace
 
 	std::string Describe(const FPNGImage::FPixel& Pixel)
 	{
-		return "(" + std::to_string(Pixel.R) + ", " + std::to_string(Pixel.G) + ", " + std::to_string(Pixel.B) + ")";
+		std::string Text = "(";
+		Text += std::to_string(Pixel.R) + ", " + std::to_string(Pixel.G) + ", " + std::to_string(Pixel.B) + ")";
+		return Text;
 	}
 
 	// The share of the cell's pixels (inside its block's border) that are the hatch's red: about a sixth
