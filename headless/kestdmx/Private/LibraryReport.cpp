@@ -1,9 +1,10 @@
 #include "LibraryReport.h"
 #include "KestDMXText.h"
+#include "ModeChannelLayout.h"
+#include "TextColumns.h"
+#include "UniverseOccupancy.h"
 
 #include <algorithm>
-#include <iomanip>
-#include <map>
 #include <sstream>
 #include <vector>
 
@@ -11,105 +12,97 @@
 #include "Library/DMXEntityFixtureType.h"
 #include "Library/DMXLibrary.h"
 #include "Misc/PackageName.h"
+#include "UObject/HeadlessObjectRegistry.h"
 #include "UObject/UObjectGlobals.h"
 
 namespace
 {
-	// Writes the text and pads it with blanks to Width bytes.
-	void WritePadded(std::ostringstream& Out, const std::string& Text, size_t Width)
+	// Columns of a table are separated by this, so two cells never run together.
+	const char* const ColumnGap = "  ";
+
+	std::string ShowName(const FString& Name)
 	{
-		Out << Text;
-		if (Text.size() < Width)
+		return EscapeForDisplay(ToUTF8(Name));
+	}
+
+	std::string ShowName(const FName& Name)
+	{
+		return EscapeForDisplay(ToUTF8(Name.ToString()));
+	}
+
+	// Writes the cell padded to its column and the gap after it; a column no row uses is left out.
+	void WriteCell(std::ostringstream& Out, const std::string& Text, size_t Width)
+	{
+		if (Width == 0)
 		{
-			Out << std::string(Width - Text.size(), ' ');
+			return;
+		}
+		WritePadded(Out, Text, Width);
+		Out << ColumnGap;
+	}
+
+	void WriteMatrix(std::ostringstream& Out, const FDMXFixtureMatrix& Matrix)
+	{
+		Out << "matrix " << Matrix.XCells << 'x' << Matrix.YCells << ' ' << DescribeDistribution(Matrix.PixelMappingDistribution) << ", per cell:";
+		if (Matrix.CellAttributes.Num() == 0)
+		{
+			Out << " nothing";
+		}
+		for (int32 CellIndex = 0; CellIndex < Matrix.CellAttributes.Num(); ++CellIndex)
+		{
+			const FDMXFixtureCellAttribute& CellAttribute = Matrix.CellAttributes[CellIndex];
+			Out << (CellIndex == 0 ? " " : ", ") << ShowName(CellAttribute.Attribute.Name) << ' ' << DescribeSignalFormat(CellAttribute.DataType, CellAttribute.bUseLSBMode);
 		}
 	}
 
-	std::string FormatChannels(int32 First, int32 Last)
-	{
-		std::ostringstream Out;
-		Out << First;
-		if (Last != First)
-		{
-			Out << '-' << Last;
-		}
-		return Out.str();
-	}
-
-	void WriteSignalFormat(std::ostringstream& Out, EDMXFixtureSignalFormat SignalFormat, bool bUseLSBMode)
-	{
-		Out << 8 * (static_cast<uint8>(SignalFormat) + 1) << " bit" << (bUseLSBMode ? " LSB" : "");
-	}
-
-	void WriteDistribution(std::ostringstream& Out, EDMXPixelMappingDistribution Distribution)
-	{
-		static const char* const Names[] =
-		{
-			"TopLeftToRight", "TopLeftToBottom", "TopLeftToClockwise", "TopLeftToAntiClockwise",
-			"TopRightToLeft", "BottomLeftToTop", "TopRightToAntiClockwise", "BottomLeftToClockwise",
-			"BottomLeftToRight", "TopRightToBottom", "BottomLeftAntiClockwise", "TopRightToClockwise",
-			"BottomRightToLeft", "BottomRightToTop", "BottomRightToClockwise", "BottomRightToAntiClockwise",
-		};
-		const uint8 Value = static_cast<uint8>(Distribution);
-		if (Value < 16)
-		{
-			Out << Names[Value];
-		}
-		else
-		{
-			Out << "distribution " << static_cast<int32>(Value);
-		}
-	}
-
+	// The mode's functions and matrix in channel order, one table: channels, name, attribute, data
+	// type, default. The matrix row fills the columns after its channels with its description.
 	void WriteMode(std::ostringstream& Out, const FDMXFixtureMode& Mode, int32 ModeIndex)
 	{
-		Out << "    mode " << ModeIndex << " \"" << ToUTF8(Mode.ModeName) << "\": span " << Mode.ChannelSpan << (Mode.bAutoChannelSpan ? " (auto)" : " (manual)");
+		Out << "    mode " << ModeIndex << ' ' << QuoteForDisplay(ToUTF8(Mode.ModeName)) << ": span " << Mode.ChannelSpan << (Mode.bAutoChannelSpan ? " (auto)" : " (manual)");
 		if (Mode.Functions.Num() == 0 && !Mode.bFixtureMatrixEnabled)
 		{
 			Out << ", no functions";
 		}
 		Out << '\n';
 
+		const std::vector<FModeChannelRow> Rows = GetModeChannelRows(Mode);
+		size_t ChannelWidth = 0;
 		size_t NameWidth = 0;
-		for (const FDMXFixtureFunction& Function : Mode.Functions)
+		size_t AttributeWidth = 0;
+		size_t DataTypeWidth = 0;
+		for (const FModeChannelRow& Row : Rows)
 		{
-			NameWidth = std::max(NameWidth, ToUTF8(Function.FunctionName).size());
+			ChannelWidth = std::max(ChannelWidth, DescribeChannels(Row.FirstChannel, Row.LastChannel).size());
+			if (const FDMXFixtureFunction* Function = Row.Function)
+			{
+				NameWidth = std::max(NameWidth, GetDisplayWidth(ShowName(Function->FunctionName)));
+				AttributeWidth = std::max(AttributeWidth, GetDisplayWidth(ShowName(Function->Attribute.Name)));
+				DataTypeWidth = std::max(DataTypeWidth, DescribeSignalFormat(Function->DataType, Function->bUseLSBMode).size());
+			}
 		}
-		for (const FDMXFixtureFunction& Function : Mode.Functions)
+		for (const FModeChannelRow& Row : Rows)
 		{
 			Out << "      ch ";
-			WritePadded(Out, FormatChannels(Function.Channel, Function.GetLastChannel()), 9);
-			WritePadded(Out, ToUTF8(Function.FunctionName), NameWidth + 2);
-			WritePadded(Out, ToUTF8(Function.Attribute.Name.ToString()), 12);
-			WriteSignalFormat(Out, Function.DataType, Function.bUseLSBMode);
-			Out << ", default " << Function.DefaultValue << '\n';
-		}
-
-		if (Mode.bFixtureMatrixEnabled)
-		{
-			const FDMXFixtureMatrix& Matrix = Mode.FixtureMatrixConfig;
-			Out << "      ch ";
-			WritePadded(Out, FormatChannels(Matrix.FirstCellChannel, Matrix.GetLastChannel()), 9);
-			Out << "matrix " << Matrix.XCells << 'x' << Matrix.YCells << ' ';
-			WriteDistribution(Out, Matrix.PixelMappingDistribution);
-			Out << ", per cell:";
-			if (Matrix.CellAttributes.Num() == 0)
+			WriteCell(Out, DescribeChannels(Row.FirstChannel, Row.LastChannel), ChannelWidth);
+			if (const FDMXFixtureFunction* Function = Row.Function)
 			{
-				Out << " nothing";
+				WriteCell(Out, ShowName(Function->FunctionName), NameWidth);
+				WriteCell(Out, ShowName(Function->Attribute.Name), AttributeWidth);
+				WriteCell(Out, DescribeSignalFormat(Function->DataType, Function->bUseLSBMode), DataTypeWidth);
+				Out << "default " << Function->DefaultValue << '\n';
 			}
-			for (int32 CellIndex = 0; CellIndex < Matrix.CellAttributes.Num(); ++CellIndex)
+			else
 			{
-				const FDMXFixtureCellAttribute& CellAttribute = Matrix.CellAttributes[CellIndex];
-				Out << (CellIndex == 0 ? " " : ", ") << ToUTF8(CellAttribute.Attribute.Name.ToString()) << ' ';
-				WriteSignalFormat(Out, CellAttribute.DataType, CellAttribute.bUseLSBMode);
+				WriteMatrix(Out, Mode.FixtureMatrixConfig);
+				Out << '\n';
 			}
-			Out << '\n';
 		}
 	}
 
 	void WriteFixtureType(std::ostringstream& Out, const UDMXEntityFixtureType* FixtureType)
 	{
-		Out << "  " << ToUTF8(FixtureType->Name) << " [" << ToUTF8(FixtureType->DMXCategory.Name.ToString()) << ']';
+		Out << "  " << ShowName(FixtureType->Name) << " [" << ShowName(FixtureType->DMXCategory.Name) << ']';
 		if (FixtureType->Modes.Num() == 0)
 		{
 			Out << ": no modes\n";
@@ -122,53 +115,35 @@ namespace
 		}
 	}
 
-	struct FReportedPatch
+	// The cells of one patch line before its notes.
+	struct FPatchLine
 	{
-		const UDMXEntityFixturePatch* Patch = nullptr;
-		int32 Start = 0;
-		int32 End = 0;
-		int32 Span = 0;
-		std::vector<std::string> Overlaps;
+		std::string Channels;
+		std::string Name;
+		std::string FixtureType;
+		std::string Mode;
 	};
 
-	// Marks every pair of patches of one universe whose channel ranges share a channel. Patches
-	// without a span take no channels. The patches arrive sorted by starting channel.
-	void FindOverlaps(std::vector<FReportedPatch*>& UniversePatches)
+	FPatchLine DescribePatch(const FPatchPlacement& Placement)
 	{
-		for (size_t First = 0; First < UniversePatches.size(); ++First)
-		{
-			FReportedPatch& A = *UniversePatches[First];
-			if (A.Span <= 0)
-			{
-				continue;
-			}
-			for (size_t Second = First + 1; Second < UniversePatches.size() && UniversePatches[Second]->Start <= A.End; ++Second)
-			{
-				FReportedPatch& B = *UniversePatches[Second];
-				if (B.Span <= 0)
-				{
-					continue;
-				}
-				A.Overlaps.push_back(ToUTF8(B.Patch->Name));
-				B.Overlaps.push_back(ToUTF8(A.Patch->Name));
-			}
-		}
-	}
-
-	void WritePatchMode(std::ostringstream& Out, const UDMXEntityFixturePatch* Patch)
-	{
+		const UDMXEntityFixturePatch* Patch = Placement.Patch;
+		FPatchLine Line;
+		Line.Channels = Placement.Span > 0 ? DescribeChannels(Placement.Start, Placement.End) : std::to_string(Placement.Start) + " (no span)";
+		Line.Name = ShowName(Patch->Name);
 		const UDMXEntityFixtureType* FixtureType = Patch->GetFixtureType();
-		if (!FixtureType)
+		if (FixtureType == nullptr)
 		{
-			Out << "no fixture type";
-			return;
+			Line.FixtureType = "(no fixture type)";
+			return Line;
 		}
+		Line.FixtureType = ShowName(FixtureType->Name);
 		const int32 ModeIndex = Patch->GetActiveModeIndex();
-		Out << ToUTF8(FixtureType->Name) << ", mode " << ModeIndex;
+		Line.Mode = "mode " + std::to_string(ModeIndex);
 		if (FixtureType->Modes.IsValidIndex(ModeIndex))
 		{
-			Out << " \"" << ToUTF8(FixtureType->Modes[ModeIndex].ModeName) << '"';
+			Line.Mode += ' ' + QuoteForDisplay(ToUTF8(FixtureType->Modes[ModeIndex].ModeName));
 		}
+		return Line;
 	}
 }
 
@@ -180,8 +155,8 @@ std::string FormatLibraryReport(UDMXLibrary* Library)
 	}
 
 	TArray<const UDMXEntityFixtureType*> FixtureTypes;
-	std::vector<FReportedPatch> Patches;
 	int32 EntityCount = 0;
+	int32 PatchCount = 0;
 	for (const UDMXEntity* Entity : Library->GetEntities())
 	{
 		++EntityCount;
@@ -189,20 +164,15 @@ std::string FormatLibraryReport(UDMXLibrary* Library)
 		{
 			FixtureTypes.Add(FixtureType);
 		}
-		else if (const UDMXEntityFixturePatch* Patch = Cast<UDMXEntityFixturePatch>(Entity))
+		else if (Cast<UDMXEntityFixturePatch>(Entity) != nullptr)
 		{
-			FReportedPatch Reported;
-			Reported.Patch = Patch;
-			Reported.Start = Patch->GetStartingChannel();
-			Reported.End = Patch->GetEndingChannel();
-			Reported.Span = Patch->GetChannelSpan();
-			Patches.push_back(std::move(Reported));
+			++PatchCount;
 		}
 	}
 
 	std::ostringstream Out;
-	Out << "DMX Library " << ToUTF8(Library->GetPathName()) << '\n';
-	Out << FixtureTypes.Num() << " fixture types, " << Patches.size() << " fixture patches, " << EntityCount << " entities\n";
+	Out << "DMX Library " << EscapeForDisplay(ToUTF8(Library->GetPathName())) << '\n';
+	Out << FixtureTypes.Num() << " fixture types, " << PatchCount << " fixture patches, " << EntityCount << " entities\n";
 
 	Out << "\nFixture types\n";
 	if (FixtureTypes.Num() == 0)
@@ -214,66 +184,71 @@ std::string FormatLibraryReport(UDMXLibrary* Library)
 		WriteFixtureType(Out, FixtureType);
 	}
 
-	std::map<int32, std::vector<FReportedPatch*>> Universes;
-	for (FReportedPatch& Reported : Patches)
-	{
-		Universes[Reported.Patch->GetUniverseID()].push_back(&Reported);
-	}
-	for (auto& [Universe, UniversePatches] : Universes)
-	{
-		std::stable_sort(UniversePatches.begin(), UniversePatches.end(), [](const FReportedPatch* A, const FReportedPatch* B)
-		{
-			return A->Start < B->Start;
-		});
-		FindOverlaps(UniversePatches);
-	}
-
+	// One set of column widths for every universe, so the whole list reads as one table.
+	const std::vector<FUniverseOccupancy> Universes = GetUniverseOccupancy(Library);
+	std::vector<std::vector<FPatchLine>> Lines;
+	size_t ChannelWidth = 0;
 	size_t NameWidth = 0;
-	for (const FReportedPatch& Reported : Patches)
+	size_t FixtureTypeWidth = 0;
+	size_t ModeWidth = 0;
+	for (const FUniverseOccupancy& Occupancy : Universes)
 	{
-		NameWidth = std::max(NameWidth, ToUTF8(Reported.Patch->Name).size());
+		std::vector<FPatchLine>& UniverseLines = Lines.emplace_back();
+		for (const FPatchPlacement& Placement : Occupancy.Patches)
+		{
+			const FPatchLine& Line = UniverseLines.emplace_back(DescribePatch(Placement));
+			ChannelWidth = std::max(ChannelWidth, Line.Channels.size());
+			NameWidth = std::max(NameWidth, GetDisplayWidth(Line.Name));
+			FixtureTypeWidth = std::max(FixtureTypeWidth, GetDisplayWidth(Line.FixtureType));
+			ModeWidth = std::max(ModeWidth, GetDisplayWidth(Line.Mode));
+		}
 	}
 
 	int32 InvalidCount = 0;
 	int32 OverlapCount = 0;
 	Out << "\nFixture patches\n";
-	if (Patches.empty())
+	if (PatchCount == 0)
 	{
 		Out << "  none\n";
 	}
-	for (const auto& [Universe, UniversePatches] : Universes)
+	for (size_t UniverseIndex = 0; UniverseIndex < Universes.size(); ++UniverseIndex)
 	{
-		Out << "  universe " << Universe << '\n';
-		for (const FReportedPatch* Reported : UniversePatches)
+		const FUniverseOccupancy& Occupancy = Universes[UniverseIndex];
+		Out << "  universe " << Occupancy.Universe << '\n';
+		for (size_t PatchIndex = 0; PatchIndex < Occupancy.Patches.size(); ++PatchIndex)
 		{
-			const UDMXEntityFixturePatch* Patch = Reported->Patch;
-			const std::string Channels = Reported->Span > 0 ? FormatChannels(Reported->Start, Reported->End) : std::to_string(Reported->Start) + " (no span)";
+			const FPatchPlacement& Placement = Occupancy.Patches[PatchIndex];
+			const FPatchLine& Line = Lines[UniverseIndex][PatchIndex];
 			Out << "    ch ";
-			WritePadded(Out, Channels, 14);
-			WritePadded(Out, ToUTF8(Patch->Name), NameWidth + 2);
-			WritePatchMode(Out, Patch);
-			Out << ", fixture id " << Patch->GetFixtureID() << '\n';
+			WriteCell(Out, Line.Channels, ChannelWidth);
+			WriteCell(Out, Line.Name, NameWidth);
+			WriteCell(Out, Line.FixtureType, FixtureTypeWidth);
+			WriteCell(Out, Line.Mode, ModeWidth);
+			Out << "fixture id " << Placement.Patch->GetFixtureID() << '\n';
 
-			FText Reason;
-			if (!Patch->IsValidEntity(Reason))
+			if (!Placement.bValid)
 			{
 				++InvalidCount;
-				Out << "       INVALID: " << ToUTF8(Reason.ToString()) << '\n';
+				Out << "       INVALID: " << EscapeForDisplay(Placement.InvalidReason) << '\n';
 			}
-			if (!Reported->Overlaps.empty())
+			if (Placement.OverlapCount > 0)
 			{
 				++OverlapCount;
 				Out << "       OVERLAPS:";
-				for (size_t Index = 0; Index < Reported->Overlaps.size(); ++Index)
+				for (size_t Index = 0; Index < Placement.Overlaps.size(); ++Index)
 				{
-					Out << (Index == 0 ? " " : ", ") << Reported->Overlaps[Index];
+					Out << (Index == 0 ? " " : ", ") << ShowName(Occupancy.Patches[Placement.Overlaps[Index]].Patch->Name);
+				}
+				if (const size_t Unlisted = static_cast<size_t>(Placement.OverlapCount) - Placement.Overlaps.size(); Unlisted > 0)
+				{
+					Out << " and " << Unlisted << " more";
 				}
 				Out << '\n';
 			}
 		}
 	}
 
-	Out << '\n' << Patches.size() << " patches in " << Universes.size() << " universes, " << InvalidCount << " invalid, " << OverlapCount << " overlapping\n";
+	Out << '\n' << PatchCount << " patches in " << Universes.size() << " universes, " << InvalidCount << " invalid, " << OverlapCount << " overlapping\n";
 	return Out.str();
 }
 
@@ -291,4 +266,24 @@ UDMXLibrary* LoadLibraryForReport(const std::string& Path)
 		ObjectPath += ShortName;
 	}
 	return Cast<UDMXLibrary>(StaticLoadObject(UDMXLibrary::StaticClass(), nullptr, *ObjectPath, {}, LOAD_NoWarn | LOAD_Quiet));
+}
+
+std::vector<UDMXLibrary*> FindLibrariesInMemory()
+{
+	std::vector<std::pair<std::string, UDMXLibrary*>> Found;
+	FHeadlessObjectRegistry::Get().ForEachObject([&Found](UObject* Object)
+	{
+		UDMXLibrary* Library = Cast<UDMXLibrary>(Object);
+		if (Library != nullptr && !Library->IsGarbage() && !Library->IsTemplate())
+		{
+			Found.emplace_back(ToUTF8(Library->GetPathName()), Library);
+		}
+	});
+	std::sort(Found.begin(), Found.end(), [](const auto& A, const auto& B) { return A.first < B.first; });
+	std::vector<UDMXLibrary*> Libraries;
+	for (const auto& [Path, Library] : Found)
+	{
+		Libraries.push_back(Library);
+	}
+	return Libraries;
 }

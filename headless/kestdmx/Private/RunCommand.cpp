@@ -1,12 +1,15 @@
-// kestdmx run [--project DIR] SCRIPT.lua...: the scripts in order in one session of a fresh headless
-// editor; with a project, it is loaded first and saved like the editor's "save all" once every
-// script has run.
+// kestdmx run [--project DIR] [--html FILE] SCRIPT.lua...: the scripts in order in one session of a
+// fresh headless editor; with a project, it is loaded first and saved like the editor's "save all"
+// once every script has run; with --html, the channel map page of every library is written last.
 // CLI11 first: the engine's check() macro would rewrite its Option::check.
 #include <CLI/CLI.hpp>
 
+#include "ChannelMapPage.h"
 #include "KestDMXCommands.h"
 #include "KestDMXProject.h"
 #include "KestDMXRunner.h"
+#include "LibraryReport.h"
+#include "OutputFile.h"
 
 #include <filesystem>
 #include <iostream>
@@ -19,6 +22,7 @@ namespace
 	{
 		std::string ProjectDir;
 		std::vector<std::string> Scripts;
+		std::string PagePath;
 	};
 
 	int RunScripts(const FRunOptions& Options)
@@ -29,6 +33,10 @@ namespace
 			{
 				return ReportFailure("no such script: " + Script);
 			}
+		}
+		if (std::string Error; !Options.PagePath.empty() && !CheckOutputFile(Options.PagePath, Error))
+		{
+			return ReportFailure(Error);
 		}
 		if (!Options.ProjectDir.empty())
 		{
@@ -71,6 +79,10 @@ namespace
 				return ReportFailure(Error);
 			}
 		}
+		if (std::string Error; !Options.PagePath.empty() && !WriteChannelMapPage(Options.PagePath, FindLibrariesInMemory(), Error))
+		{
+			return ReportFailure(Error);
+		}
 		return KestDMXExitSuccess;
 	}
 }
@@ -82,6 +94,8 @@ void AddRunCommand(CLI::App& App, int& OutExitCode)
 	Command->add_option("--project", Options->ProjectDir,
 		"Load the project in DIR first (made when missing) and save its dirty packages when every script ran")
 		->type_name("DIR");
+	Command->add_option("--html", Options->PagePath, "When every script ran, write the channel map page (HTML) of every library to FILE")
+		->type_name("FILE");
 	Command->add_option("scripts", Options->Scripts, "Lua scripts")->type_name("SCRIPT.lua")->required();
 	Command->callback([Options, &OutExitCode]() { OutExitCode = RunScripts(*Options); });
 }

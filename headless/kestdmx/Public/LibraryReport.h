@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 #include "CoreMinimal.h"
 
 class UDMXLibrary;
@@ -14,3 +15,6 @@ std::string FormatLibraryReport(UDMXLibrary* Library);
 // The library at a package path (/Game/DMX/Stage) or object path (/Game/DMX/Stage.Stage), loaded
 // quietly; null when the path does not name a DMX Library.
 UDMXLibrary* LoadLibraryForReport(const std::string& Path);
+
+// Every DMX Library in memory (loaded, or made by a script and not undone), by object path.
+std::vector<UDMXLibrary*> FindLibrariesInMemory();
